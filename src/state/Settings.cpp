@@ -15,8 +15,8 @@ SettingsValues readSettings(const QString& path, const QString& defaultProjectFo
         const qsizetype eol = data.indexOf('\n');
         data = eol < 0 ? QByteArray() : data.mid(eol + 1);  // line 1 is the heading
         const QStringList items = readListItems(data, 4);
-        QString* slots[] = {&v.picturesEditor, &v.picturesFolder, &v.backgroundFolder, &v.projectFolder};
-        for (int i = 0; i < items.size(); ++i) *slots[i] = items.at(i);
+        QString* targets[] = {&v.picturesEditor, &v.picturesFolder, &v.backgroundFolder, &v.projectFolder};
+        for (int i = 0; i < items.size(); ++i) *targets[i] = items.at(i);
     }
     if (v.projectFolder.isEmpty()) v.projectFolder = defaultProjectFolder;
     return v;

@@ -1,0 +1,89 @@
+#pragma once
+// The application frame: menus, tool bar, printer box, nudge-step controls and
+// the area that holds the sheet windows.
+#include "state/Shell.h"
+#include <QHash>
+#include <QMainWindow>
+#include <functional>
+
+class QAction;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMdiArea;
+class QMenu;
+class QSlider;
+class QToolBar;
+class QToolButton;
+
+class MDIForm1 : public QMainWindow, public jk::IShell {
+    Q_OBJECT
+public:
+    explicit MDIForm1(QWidget* parent = nullptr);
+    ~MDIForm1() override;
+
+    // Controls and commands by their historical names.
+    QAction* action(const QString& name) const;
+    QMenu* popup(const QString& name) const;
+    QToolButton* button(const QString& name) const;
+    QMdiArea* mdiArea() const { return mdi_; }
+    QComboBox* printerBox() const { return combo1_; }
+    QLineEdit* stepBox() const { return stepping_; }
+    QSlider* stepSlider() const { return slider_; }
+    QToolBar* toolBar() const { return panel_; }
+
+    // Replaces every caption and tool-tip with the message-file texts.
+    void applyTexts();
+    // Fills the printer box and selects the current printer.
+    void fillPrinterBox();
+    // Enables the companion-program commands whose programs exist.
+    void enableCompanions();
+    // Sets the tool bar visible or hidden, with the Tools entry's check mark.
+    void setToolBarShown(bool shown);
+
+    // Commands
+    void Quit();           // restores the saved printer, then terminer
+    bool terminer();       // false when the user cancelled
+    void ChangePrinter();  // makes the printer box's entry the default printer
+    void Active_Windows(); // every sheet window to the normal state
+    void arrange(int how); // 0 cascade, 1 tile horizontally, 2 tile vertically
+    void stepChanged(const QString& text);
+    void showHelp(const QString& page);
+    void startCompanion(const QString& program, bool wait);
+    // Saves the project; false keeps the program running. The project
+    // commands install the saver.
+    bool saveProject() { return saver ? saver() : false; }
+    std::function<bool()> saver;
+
+    // IShell
+    void setPrintCommandsEnabled(bool enabled) override;
+    std::vector<jk::ISheet*> sheets() const override;
+    void refresh() override;  // Rafraichir
+
+    // Program names of the companion commands, looked up beside the program.
+    static QString companionPath(const QString& baseName);
+
+protected:
+    void closeEvent(QCloseEvent* e) override;
+
+private:
+    void buildMenus();
+    void buildPopups();
+    void buildToolBar();
+    void connectCommands();
+    QAction* addAction(QMenu* menu, const QString& name, const QString& designCaption);
+    QMenu* addMenu(QWidget* parent, const QString& name, const QString& designCaption);
+    QToolButton* addButton(const QString& name);
+
+    QMdiArea* mdi_ = nullptr;
+    QToolBar* panel_ = nullptr;
+    QComboBox* combo1_ = nullptr;
+    QLineEdit* stepping_ = nullptr;
+    QSlider* slider_ = nullptr;
+    QLabel* picture1_ = nullptr;
+    QHash<QString, QAction*> actions_;
+    QHash<QString, QMenu*> popups_;
+    QHash<QString, QToolButton*> buttons_;
+    bool quitting_ = false;
+    bool updatingStep_ = false;
+};

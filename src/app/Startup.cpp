@@ -1,0 +1,84 @@
+#include "app/Startup.h"
+#include "app/Form2.h"
+#include "app/MDIForm1.h"
+#include "platform/Services.h"
+#include "state/Global.h"
+#include "state/Paths.h"
+#include "state/Procedures.h"
+#include "state/Settings.h"
+#include <QAction>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QToolButton>
+
+using jk::G;
+namespace pf = jk::platform;
+
+qint64 Form_Load(MDIForm1& w, const QString& commandLineProject)
+{
+    qint64 waited = 0;
+    jk::Global& g = G();
+    jk::helpSetUp(qint64(w.winId()));
+
+    g.createTables(jk::TableSizing::StartUp);
+    g.spineNumberText.clear();
+    g.spineText.clear();
+
+    w.enableCompanions();
+
+    g.appDir = jk::paths::dataDir();
+    g.fontListPath = jk::paths::fontListFile();
+    g.settingsPath = jk::paths::settingsFile();
+    g.moveMode = g.resizeMode = g.pictureChangeRequest = jk::kFalse;
+    g.sheetActive = jk::kTrue;
+    g.printerAvailable = 1;
+    jk::printerAvailabilityRule();
+
+    if (auto* p = pf::services().printers) g.savedPrinterName = p->defaultPrinter();
+    w.fillPrinterBox();
+
+    w.setToolBarShown(false);
+    for (const char* n : {"imprime", "IMPPRJ", "PRNSELECT", "MFPrnSelect"}) w.action(n)->setEnabled(false);
+    w.button("SSCommand1")->setEnabled(false);
+    w.button("Pasteobj")->setEnabled(false);
+
+    const jk::SettingsValues s = jk::readSettings(g.settingsPath, jk::paths::homeDir());
+    g.picturesEditor = s.picturesEditor;
+    g.picturesFolder = s.picturesFolder;
+    g.backgroundFolder = s.backgroundFolder;
+    g.projectFolder = s.projectFolder;
+    if (!g.picturesEditor.isEmpty()) w.action("Picedit")->setEnabled(true);
+
+    {
+        auto* clock = pf::services().clock;
+        const QDateTime started = clock ? clock->now() : QDateTime::currentDateTime();
+        Form2 splash;
+        splash.show();
+        splash.Form_Load();
+        if (clock) {
+            const qint64 left = 2000 - started.msecsTo(clock->now());
+            if (left > 0) clock->pause(int(left));
+            waited = qMax<qint64>(left, 0);
+        }
+    }
+    w.applyTexts();
+
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+        constexpr int kTwipsPerPixel = 15;
+        if (screen->geometry().width() * kTwipsPerPixel < 12000)
+            if (auto* m = pf::services().messages) m->show(g.texts.msg(36), g.texts.msg(27), pf::Icon::Information);
+    }
+
+    g.pageFlag = 1;
+    g.pageRequest = 1;
+    g.projectModified = jk::kFalse;
+    g.nudgeStep = 40;
+
+    w.showMaximized();
+    w.button("SSCommand2")->setEnabled(false);
+
+    // Opening the command-line project and the new-project command come with
+    // the project commands.
+    g.projectFilePath = commandLineProject;
+    return waited;
+}

@@ -1,0 +1,9 @@
+#pragma once
+#include <QString>
+
+class MDIForm1;
+
+// The start-up sequence of the main window, from help set-up to showing it.
+// commandLineProject is the project named on the command line, if any.
+// Returns how long it waited on the splash, in milliseconds.
+qint64 Form_Load(MDIForm1& w, const QString& commandLineProject);
