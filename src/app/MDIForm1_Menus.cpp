@@ -94,6 +94,7 @@ void MDIForm1::connectCommands()
 
     // Printer box.
     connect(combo1_, &QComboBox::activated, this, [this] { ChangePrinter(); refresh(); });
+    combo1_->installEventFilter(this);
 
     // Nudge step box and slider stay in step.
     connect(stepping_, &QLineEdit::textEdited, this, &MDIForm1::stepChanged);
@@ -103,6 +104,16 @@ void MDIForm1::connectCommands()
         stepping_->setText(text);
         stepChanged(text);
     });
+}
+
+bool MDIForm1::eventFilter(QObject* watched, QEvent* e)
+{
+    // The printer box applies its printer when it gets the focus, too.
+    if (watched == combo1_ && e->type() == QEvent::FocusIn) {
+        ChangePrinter();
+        refresh();
+    }
+    return QMainWindow::eventFilter(watched, e);
 }
 
 void MDIForm1::stepChanged(const QString& text)
