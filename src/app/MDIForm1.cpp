@@ -50,6 +50,7 @@ MDIForm1::MDIForm1(QWidget* parent) : QMainWindow(parent)
     buildToolBar();
     connectCommands();
     jk::setShell(this);
+    connectSheetCommands();
 }
 
 MDIForm1::~MDIForm1()

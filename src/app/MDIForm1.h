@@ -63,6 +63,21 @@ public:
     // Program names of the companion commands, looked up beside the program.
     static QString companionPath(const QString& baseName);
 
+    // Sheet commands (src/sheet/MDIForm1_Sheets.cpp)
+    void AddSim();
+    void AddDbl();
+    void AddIns();
+    void AddCD();
+    // Creates and shows the sheet window of a format; its caption is the
+    // pending sheet caption. Used by the add commands and the project commands.
+    class PictFold* createSheet(int code);
+    class PictFold* activeSheet() const;
+    class PictFold* sheetOf(int code) const;
+    void removeSheet(bool fromButton);  // removesheet (true), Mremove (false)
+    void bringSheetToFront(int code);   // FMSimple, FMDouble, FMInside, FMCDROM
+    void toggleTextPage();              // SSCommand2
+    void connectSheetCommands();
+
 protected:
     void closeEvent(QCloseEvent* e) override;
     bool eventFilter(QObject* watched, QEvent* e) override;

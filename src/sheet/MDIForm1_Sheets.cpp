@@ -1,0 +1,128 @@
+// The main window's sheet commands: adding and removing sheets, the sheet
+// pop-ups and the display-mode commands that act on the active sheet.
+#include "app/MDIForm1.h"
+#include "sheet/PictFold.h"
+#include "state/Global.h"
+#include <QAction>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QToolButton>
+
+using jk::G;
+namespace sh = jk::sheet;
+
+namespace {
+
+void addSheet(MDIForm1* w, int code)
+{
+    if (w->sheetOf(code)) return;  // at most one sheet per format
+    jk::Global& g = G();
+    g.sheetComposition = jk::i16(g.sheetComposition + code);
+    g.pendingFormat = jk::i16(code);
+    g.pendingCaption = g.texts.formatNames[std::size_t(jk::formatNameIndex(code))];
+    w->createSheet(code);
+    sh::applyCommands(w, sh::addSheetTable(code, g.sheetComposition));
+    g.projectModified = jk::kTrue;
+}
+
+}  // namespace
+
+void MDIForm1::AddSim() { addSheet(this, jk::FmtSimple); }
+void MDIForm1::AddDbl() { addSheet(this, jk::FmtDouble); }
+void MDIForm1::AddIns() { addSheet(this, jk::FmtInside); }
+void MDIForm1::AddCD() { addSheet(this, jk::FmtCdRom); }
+
+PictFold* MDIForm1::createSheet(int code)
+{
+    G().pendingFormat = jk::i16(code);
+    auto* sheet = new PictFold(this);
+    QMdiSubWindow* sub = mdi_->addSubWindow(sheet);
+    // Window position of a new sheet: 2880, 1485 twips.
+    sub->move(192, 99);
+    sheet->Form_Load();
+    sub->show();
+    mdi_->setActiveSubWindow(sub);
+    return sheet;
+}
+
+PictFold* MDIForm1::activeSheet() const
+{
+    QMdiSubWindow* sub = mdi_->currentSubWindow();
+    if (!sub) sub = mdi_->activeSubWindow();
+    return sub ? qobject_cast<PictFold*>(sub->widget()) : nullptr;
+}
+
+PictFold* MDIForm1::sheetOf(int code) const
+{
+    for (QMdiSubWindow* sub : mdi_->subWindowList())
+        if (auto* s = qobject_cast<PictFold*>(sub->widget()); s && s->formatCode() == code) return s;
+    return nullptr;
+}
+
+void MDIForm1::removeSheet(bool fromButton)
+{
+    G().sheetActive = jk::kFalse;
+    if (PictFold* s = activeSheet()) s->Deload();
+    if (fromButton) action("AddForm")->setEnabled(true);
+}
+
+void MDIForm1::bringSheetToFront(int code)
+{
+    PictFold* s = sheetOf(code);
+    if (!s || !s->frameWindow()) return;
+    if (s->frameWindow()->isMinimized()) s->frameWindow()->showNormal();
+    mdi_->setActiveSubWindow(s->frameWindow());
+}
+
+void MDIForm1::toggleTextPage()
+{
+    const bool textPage = G().pageRequest == 1;
+    sh::applyCommands(this, sh::textPageToggleTable(textPage));
+    button("SSCommand2")->setChecked(textPage);
+    if (PictFold* s = activeSheet()) s->Choisir();
+}
+
+void MDIForm1::connectSheetCommands()
+{
+    auto on = [this](const char* name, auto fn) { connect(action(name), &QAction::triggered, this, fn); };
+
+    for (const char* n : {"AdFrmSimpl", "Taddsimple"}) on(n, [this] { AddSim(); });
+    for (const char* n : {"AdFrmDbl", "TaddDbl"}) on(n, [this] { AddDbl(); });
+    for (const char* n : {"AdFrmIns", "TAddINS"}) on(n, [this] { AddIns(); });
+    for (const char* n : {"AdFrmCDR", "TAddCDR"}) on(n, [this] { AddCD(); });
+    on("Mremove", [this] { removeSheet(false); });
+    connect(button("removesheet"), &QToolButton::clicked, this, [this] { removeSheet(true); });
+
+    // The sheet-surface pop-up.
+    on("PREVIEW", [this] {
+        if (PictFold* s = activeSheet()) s->PrevCD();
+    });
+    on("FMSP", [this] {
+        PictFold* s = activeSheet();
+        if (!s) return;
+        s->SPMode();
+        action("FMSP")->setText(G().texts.spineCaptions[G().spinesHidden ? 1 : 0]);
+    });
+    on("FMSimple", [this] { bringSheetToFront(jk::FmtSimple); });
+    on("FMDouble", [this] { bringSheetToFront(jk::FmtDouble); });
+    on("FMInside", [this] { bringSheetToFront(jk::FmtInside); });
+    on("FMCDROM", [this] { bringSheetToFront(jk::FmtCdRom); });
+
+    // Text page / picture page: the button shows the page requested.
+    button("SSCommand2")->setCheckable(true);
+    connect(button("SSCommand2"), &QToolButton::clicked, this, [this] { toggleTextPage(); });
+
+    // Stretch to fit / actual size of the selected picture.
+    on("PicView", [this] {
+        const auto& fit = G().texts.fitCaptions;
+        QAction* a = action("PicView");
+        a->setText(a->text() == fit[0] ? fit[1] : fit[0]);
+        if (PictFold* s = activeSheet()) s->CHGMODE();
+    });
+
+    connect(mdi_, &QMdiArea::subWindowActivated, this, [](QMdiSubWindow* sub) {
+        if (sub)
+            if (auto* s = qobject_cast<PictFold*>(sub->widget())) s->Form_Activate();
+    });
+}
