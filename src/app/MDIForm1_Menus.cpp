@@ -6,6 +6,7 @@
 #include "state/Global.h"
 #include "state/Paths.h"
 #include "state/Procedures.h"
+#include "sheet/PictFold.h"
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
@@ -259,6 +260,8 @@ bool MDIForm1::terminer()
         if (answer == pf::AnswerYes && !saveProject()) return false;
     }
     quitting_ = true;
+    // Sheets refuse a close from their frame; quitting is the one time they may.
+    PictFold::mayClose = true;
     const auto list = mdi_->subWindowList(QMdiArea::CreationOrder);
     for (auto it = list.rbegin(); it != list.rend(); ++it) (*it)->close();
     jk::helpShutDown();

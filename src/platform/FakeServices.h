@@ -165,13 +165,6 @@ public:
     Desktop desktop;
     Help help;
 
-    // Other spellings some tests use for the same objects.
-    struct PrinterListView {
-        QStringList& printers;
-    };
-    PrinterListView printerList{printers.list};
-    Clock& clockImpl = clock;
-
     jk::platform::Services services();
     void install();
 };

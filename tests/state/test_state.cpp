@@ -276,10 +276,10 @@ private Q_SLOTS:
         fake.install();
         RecordingShell sh;
         setShell(&sh);
-        fake.printerList.printers = {};
+        fake.printers.list = {};
         QCOMPARE(printerAvailabilityRule(), 0);
         QVERIFY(!sh.printEnabled);
-        fake.printerList.printers = {"", "Office"};
+        fake.printers.list = {"", "Office"};
         QCOMPARE(printerAvailabilityRule(), 1);
         QVERIFY(sh.printEnabled);
         QCOMPARE(G().printerAvailable, 1);
@@ -290,9 +290,9 @@ private Q_SLOTS:
     {
         FakeServices fake;
         fake.install();
-        const QDateTime before = fake.clockImpl.now();
+        const QDateTime before = fake.clock.now();
         twoSecondPause();
-        QCOMPARE(before.msecsTo(fake.clockImpl.now()), 2000);
+        QCOMPARE(before.msecsTo(fake.clock.now()), 2000);
     }
 };
 
