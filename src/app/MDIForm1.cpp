@@ -13,6 +13,10 @@
 #include <QToolBar>
 #include <QToolButton>
 
+// The icons are compiled into this static library; nothing references the
+// resource's registration, so the linker would drop it without this call.
+static void initResources() { Q_INIT_RESOURCE(jewlkit); }
+
 namespace {
 
 // Tool buttons with their tool-tip table index, in tool bar order; -1: none.
@@ -37,6 +41,7 @@ const ButtonDef kWindowButtons[] = {{"SSCommand9", 20}, {"SSCommand10", 21}, {"S
 
 MDIForm1::MDIForm1(QWidget* parent) : QMainWindow(parent)
 {
+    initResources();
     setObjectName("MDIForm1");
     setWindowTitle(QStringLiteral("Jewelcase Studio    "));
     setWindowIcon(QIcon(":/icons/jewlkit.svg"));
