@@ -85,6 +85,8 @@ struct Global {
     i16 alignmentChoice = 0;
     i16 textAccepted = kFalse;
     i16 currentBlock = 0;
+    i16 listingFlag = kFalse;      // the text dialog's text came from a drive listing
+    i16 colorChoiceFlag = kFalse;  // the text dialog's colour button has had the focus
     i16 moveMode = kFalse, resizeMode = kFalse;
     i16 marked = kFalse;
     i16 selectedIndex = 0, selectedKind = 0;
