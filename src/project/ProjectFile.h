@@ -1,0 +1,72 @@
+#pragma once
+// The project file (.prj): reader and writer over the application state.
+// No widgets here: the commands around it show the dialogs and the sheets,
+// and the headless export uses the same reader.
+#include <QByteArray>
+#include <QString>
+#include <functional>
+
+class QIODevice;
+
+namespace jk {
+
+constexpr int kProjectFileVersion = 3;
+// Line marking the start and the end of a text block's text.
+inline constexpr char kTextBlockMarker[] = "~@&";
+
+// Limits that keep a damaged or hostile file from freezing the program or
+// eating its memory. Real projects stay far below them.
+constexpr qint64 kMaxProjectFileBytes = 64 * 1024 * 1024;
+constexpr int kMaxLineBytes = 64 * 1024;        // longer lines are cut
+constexpr int kMaxTextBlockChars = 64 * 1024;   // more text in one block is dropped
+constexpr int kMaxReportedErrors = 3;           // then one summary message
+
+// Receives every error the reader reports: its description and the title of
+// the message box (message entry 27). The GUI shows a message box with the
+// exclamation icon; the headless export prints to standard error.
+using ProjectErrorReporter = std::function<void(const QString& description, const QString& title)>;
+
+struct ProjectReadResult {
+    bool opened = false;        // the file could be opened; also the read-success flag
+    bool olderFile = false;     // no version line: written before version 3
+    int composition = 0;        // the sheet-composition value as read
+    bool exportEnabled = false; // Exportshhet: on after an open, off for a paper jacket alone
+    int errors = 0;             // errors met, reported or not (overflows are not errors)
+};
+
+// Reads a project into G(): re-creates the record tables with the
+// open-project capacities, sets the choice flags from the composition, the
+// spine line and font, the backgrounds, pictures, text blocks and fields, and
+// the spines-hidden switch. The path becomes the project file name and the
+// project file path is cleared. Errors are reported and reading goes on;
+// overflowing numbers are skipped silently. Picture, background and value
+// file names that do not exist are looked up by base name, ignoring case,
+// beside the project file. The caller has reset the project (spine font
+// defaults) and creates the sheet windows afterwards.
+ProjectReadResult readProject(const QString& path, const ProjectErrorReporter& reporter = {});
+
+// The same from an open, seekable device. name is used in the messages;
+// projectDir is where missing files are looked for (empty: nowhere). Leaves
+// the project file name alone.
+ProjectReadResult readProjectData(QIODevice& in, const QString& name, const QString& projectDir,
+                                  const ProjectErrorReporter& reporter = {});
+
+// The bytes of the current project as the writer stores them: CR LF lines,
+// Windows-1252 when every character fits, else UTF-8. Like the writer it
+// copies the spine text into the spine title and sets negative Top and Left
+// of text blocks to 0 in the records.
+QByteArray projectFileBytes();
+
+// Writes the current project to path through a temporary file beside it that
+// is renamed over the target, so a failed save (read-only folder, full disk)
+// leaves the old file as it was. On failure returns false and, when error is
+// given, the reason.
+bool writeProject(const QString& path, QString* error = nullptr);
+
+// A file named in a project: the path itself when it exists (relative paths
+// count from projectDir), else a file of the same base name, ignoring case,
+// in projectDir; else the path unchanged. Windows paths ("C:\PICS\LOGO.BMP")
+// give their last component as base name.
+QString resolveBesideProject(const QString& path, const QString& projectDir);
+
+}  // namespace jk

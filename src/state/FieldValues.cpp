@@ -1,0 +1,46 @@
+#include "state/FieldValues.h"
+#include "state/MessageFile.h"
+#include <QFile>
+#include <QFileInfo>
+
+namespace jk {
+
+namespace {
+
+// At most maxBytes of a regular file, cut after its last complete line when
+// the file is longer, so that no value (or UTF-8 sequence) is cut in two.
+QByteArray readCapped(const QString& path, qint64 maxBytes)
+{
+    const QFileInfo info(path);
+    // Folders, devices (/dev/zero) and pipes are no value files; a pipe
+    // would even block the open.
+    if (path.isEmpty() || !info.isFile()) return {};
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) return {};
+    QByteArray data = f.read(maxBytes);
+    if (!f.atEnd() && data.size() == maxBytes) {
+        const qsizetype lastBreak = data.lastIndexOf('\n');
+        const qsizetype lastCr = data.lastIndexOf('\r');
+        const qsizetype cut = std::max(lastBreak, lastCr);
+        data.truncate(cut < 0 ? 0 : cut + 1);
+    }
+    return data;
+}
+
+}  // namespace
+
+QStringList readFieldValues(const QString& path, int maxValues)
+{
+    if (maxValues <= 0) return {};
+    return readListItems(readCapped(path, kMaxValueFileBytes), maxValues);
+}
+
+QString firstFieldValue(const QString& path)
+{
+    const QStringList values = readListItems(readCapped(path, kFirstValueScanBytes), kMaxFieldValues);
+    for (const QString& v : values)
+        if (!v.isEmpty()) return v;
+    return {};
+}
+
+}  // namespace jk
