@@ -78,6 +78,13 @@ public:
     void toggleTextPage();              // SSCommand2
     void connectSheetCommands();
 
+    // Object commands (src/sheet/MDIForm1_Objects.cpp)
+    void insertText();      // Insertext, SSCommand12
+    void insertPicture();   // InsertPic, SSCommand13
+    void newBackground();   // Backpic, SSCommand14
+    void insertSpineText(); // Txtfold, SSCommand15
+    void connectObjectCommands();
+
 protected:
     void closeEvent(QCloseEvent* e) override;
     bool eventFilter(QObject* watched, QEvent* e) override;

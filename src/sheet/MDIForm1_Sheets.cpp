@@ -125,4 +125,5 @@ void MDIForm1::connectSheetCommands()
         if (sub)
             if (auto* s = qobject_cast<PictFold*>(sub->widget())) s->Form_Activate();
     });
+    connectObjectCommands();
 }

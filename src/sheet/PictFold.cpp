@@ -66,7 +66,16 @@ protected:
     }
     // Presses on the canvas belong to its objects, not to the window's
     // surface pop-up.
-    void mousePressEvent(QMouseEvent* e) override { e->accept(); }
+    void mousePressEvent(QMouseEvent* e) override
+    {
+        e->accept();
+        sheet_->canvasPress(e->position().toPoint() * kTwipsPerPixel, e->globalPosition().toPoint());
+    }
+    void mouseReleaseEvent(QMouseEvent* e) override
+    {
+        e->accept();
+        sheet_->canvasRelease();
+    }
 
 private:
     PictFold* sheet_;
@@ -187,9 +196,11 @@ void PictFold::setUp(int code)
     const int name = jk::formatNameIndex(code);
     if (!entry.isEmpty() && name >= 0 && !g.texts.formatNames[std::size_t(name)].isEmpty())
         if (auto* a = qobject_cast<QAction*>(command(entry))) a->setText(g.texts.formatNames[std::size_t(name)]);
-    // The objects themselves are drawn from the records; restoring them
-    // means showing every picture of this sheet.
-    if (g.textDestination == 1) hiddenPictures_.clear();
+    // The objects are drawn from the records; the window keeps only their
+    // stacking and shown borders. A sheet shows all of its records whatever
+    // the text destination, so a sheet added again gets its objects back.
+    hiddenPictures_.clear();
+    restoreObjects();
     // A sheet with a text page shows the page that is requested.
     if (formatLayout(code).textPage) Choisir();
     g.pendingFormat = kNoFormat;
@@ -336,6 +347,10 @@ RenderOptions PictFold::renderOptions() const
     o.spines = spinesShown();
     o.textPage = textPageShown();
     o.hiddenPictures = hiddenPictures_;
+    o.stacking = stacking_;
+    o.pageStacking = pageStacking_;
+    o.shownBorder = shownBorder_;
+    o.missingPictureMarks = true;
     return o;
 }
 

@@ -4,14 +4,19 @@
 // with the active sheet; it reaches them by their object names through the
 // main window it was made for, so this library needs no link to the app.
 #include "sheet/SheetLayout.h"
+#include "sheet/SheetObjects.h"
 #include "sheet/SheetRenderer.h"
 #include "state/Shell.h"
+#include <QHash>
 #include <QSet>
 #include <QWidget>
 #include <functional>
+#include <optional>
+#include <vector>
 
 class QLabel;
 class QMdiSubWindow;
+class QMenu;
 
 namespace jk::sheet {
 // Sets the named commands (actions first, else widgets) of the main window.
@@ -49,6 +54,40 @@ public:
     void UpdatePic1();
     void CHGBACK();
 
+    // Objects (PictFold_Objects.cpp). The main window sets the hand-over
+    // variables first (text destination, page, selection) and calls these
+    // on the active sheet.
+    void INSTXT();   // new free text block through the text dialog
+    void TXTINS();   // new block of the text page
+    void INSPIC();   // new picture through the picture dialog
+    void EditObj();  // the selected text block through the text dialog
+    void OBJDEL();   // deletes the selected text block, field or picture
+    void PICDEL();   // deletes the selected picture
+    void InstFold(); // asks for the spine text
+    void devalideObj();
+    void ltone();
+    void rgone();
+    void UPone();
+    void DNone();
+    void ObjFront();
+    void ObjOrder();
+    // Carries out the picture menu's requests (Picedit, PicChg) for the
+    // selected picture; the menu entries set the request flags and call it.
+    void pictureRequests();
+    // Rebuilds the window's objects from the records: stacking in restore
+    // order, every shown border as stored.
+    void restoreObjects();
+
+    // Presses and releases, in canvas twips; the canvas calls them, tests may.
+    void canvasPress(const QPoint& twips, const QPoint& globalPos);
+    void canvasRelease();
+    void objectPress(jk::sheet::ObjectRef ref, const QPoint& globalPos);
+    void objectRelease(jk::sheet::ObjectRef ref);
+    // The border style an object shows now (the mark, or the stored one).
+    int shownBorder(jk::sheet::ObjectRef ref) const;
+    // The canvas's objects back to front as this window shows them.
+    std::vector<jk::sheet::ObjectRef> stackingOrder() const;
+
     // jk::ISheet
     int formatCode() const override { return code_; }
     void setSpineCaption(const QString& text) override;
@@ -70,6 +109,15 @@ public:
     // The picture dialog that CHGBACK shows first; while none is installed,
     // CHGBACK applies the chosen-picture-file variable as it stands.
     static std::function<void()> pictureDialog;
+    // The text dialog, shown modally. It reads and writes the hand-over
+    // variables (pending text, text-accepted flag, spine-text mode, current
+    // block, alignment) and writes font and colours into the block's record.
+    // While none is installed, the procedures take the pending text as it
+    // stands.
+    static std::function<void()> textDialog;
+    // Shows an object's pop-up menu; by default QMenu::popup, which does not
+    // block. Tests install their own to see which menu comes up.
+    static std::function<void(QMenu* menu, const QPoint& globalPos)> showPopup;
 
 protected:
     void closeEvent(QCloseEvent* e) override;
@@ -83,6 +131,13 @@ private:
     void apply(const jk::sheet::CommandTable& t);
     QObject* command(const QString& name) const;
     bool isActiveSheet() const;
+    bool createTextBlock(bool textPage);
+    bool refuseWhenFull(bool full, const QString& what, int capacity);
+    std::optional<jk::sheet::ObjectRef> selectedObject(bool forStacking) const;
+    void nudge(int dLeft, int dTop, int dWidth, int dHeight);
+    void restack(bool toFront);
+    void forget(jk::sheet::ObjectRef ref);
+    void popUp(const char* menuName, const QPoint& globalPos);
 
     QWidget* main_ = nullptr;
     int code_ = 0;
@@ -94,4 +149,9 @@ private:
     QLabel* cdpic_ = nullptr;     // disc preview surface
     QSet<int> hiddenPictures_;
     QString spineCaption_;
+    std::vector<jk::sheet::ObjectRef> stacking_;      // canvas objects, back to front
+    std::vector<jk::sheet::ObjectRef> pageStacking_;  // text-page blocks, back to front
+    QHash<jk::sheet::ObjectRef, int> shownBorder_;   // borders shown instead of the stored ones
+    std::optional<jk::sheet::ObjectRef> markedRef_;   // the object the marked flag is about
+    std::optional<jk::sheet::ObjectRef> pressed_;     // the object that gets the release
 };

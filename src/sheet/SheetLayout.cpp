@@ -314,4 +314,19 @@ CommandTable previewLockTable(bool locked)
     return t;
 }
 
+CommandTable valideClipTable()
+{
+    CommandTable t;
+    for (const char* n : {"Medit", "copyobj", "Cutobj", "CHGOrder", "BTF", "ClipCopy", "clipcut"}) t.on(n);
+    t.off("Pasteobj");
+    return t;
+}
+
+CommandTable emptyCanvasTable()
+{
+    CommandTable t;
+    for (const char* n : {"copyobj", "ClipCopy", "Cutobj", "clipcut"}) t.off(n);
+    return t;
+}
+
 }  // namespace jk::sheet

@@ -130,5 +130,10 @@ CommandTable setupTable(int code, bool spinesHidden);
 CommandTable addSheetTable(int code, int newSheetComposition);
 // The main window locked (preview shown) or unlocked.
 CommandTable previewLockTable(bool locked);
+// A press on an object offers the editing commands (valideClip); pasting
+// waits until something was copied.
+CommandTable valideClipTable();
+// A press on the bare canvas leaves nothing to copy or cut.
+CommandTable emptyCanvasTable();
 
 }  // namespace jk::sheet

@@ -30,41 +30,30 @@ void frame(QPainter& p, const QRectF& r, const QColor& c)
     p.fillRect(QRectF(r.right() - w, r.top() + w, w, r.height() - 2 * w), c);
 }
 
-// Font sizes are points; one point is 20 twips.
-QFont twipsFont(const QString& family, int points, bool bold, bool italic, bool underline, bool strike)
-{
-    QFont f(family);
-    f.setPixelSize(std::max(1, points * 20));
-    f.setBold(bold);
-    f.setItalic(italic);
-    f.setUnderline(underline);
-    f.setStrikeOut(strike);
-    return f;
-}
-
 // A text block, field or text-page block, drawn like the label that shows it:
 // optional opaque back colour, word-wrapped text with its alignment, optional
 // single-line border.
-void drawTextObject(QPainter& p, const TextStyle& s, const QString& text, QPointF origin)
+void drawTextObject(QPainter& p, const TextStyle& s, const QString& text, QPointF origin, int border)
 {
     const QRectF r(origin.x() + s.left, origin.y() + s.top, s.width, s.height);
     if (r.width() <= 0 || r.height() <= 0) return;
     if (s.backStyle == 1) p.fillRect(r, winColor(s.backColor));
     p.save();
     p.setClipRect(r, Qt::IntersectClip);
-    p.setFont(twipsFont(s.fontName.isEmpty() ? QStringLiteral("MS Sans Serif") : s.fontName,
-                        s.fontSize > 0 ? s.fontSize : 8, s.bold, s.italic, s.underline, s.strikethru));
+    p.setFont(textFont(s));
     p.setPen(winColor(s.foreColor));
     const int h = s.alignment == 1 ? Qt::AlignRight : s.alignment == 2 ? Qt::AlignHCenter : Qt::AlignLeft;
-    p.drawText(r, h | Qt::AlignTop | Qt::TextWordWrap, text);
+    p.drawText(r, h | Qt::AlignTop | Qt::TextWordWrap, displayText(text));
     p.restore();
-    if (s.borderStyle == 1) frame(p, r, Qt::black);
+    if (border == 1) frame(p, r, Qt::black);
 }
 
-QString numberText(const NumFieldRecord& r)
+// The size in device pixels that a rectangle of twips covers.
+QSize devicePixels(const QPainter& p, const QRectF& twips)
 {
-    if (r.digits < 1 || r.digits > 4) return {};
-    return QString::number(r.number).rightJustified(r.digits, u'0');
+    const QRectF d = p.transform().mapRect(twips);
+    const qreal dpr = p.device() ? p.device()->devicePixelRatioF() : 1.0;
+    return QSize(std::max(1, qCeil(d.width() * dpr)), std::max(1, qCeil(d.height() * dpr)));
 }
 
 void drawBackground(QPainter& p, int code, const QRectF& canvas)
@@ -76,27 +65,48 @@ void drawBackground(QPainter& p, int code, const QRectF& canvas)
     if (b.kind == Background::Colour) {
         p.fillRect(canvas, winColor(b.colour));
     } else if (b.kind == Background::Picture) {
-        const QImage img = loadPicture(b.file);
+        const QImage img = pictureAtSize(b.file, devicePixels(p, canvas));
         if (!img.isNull()) p.drawImage(canvas, img);
     }
 }
 
-// The labels of the canvas: free text blocks and both kinds of field.
-void drawLabels(QPainter& p, int code)
+void drawMissingPicture(QPainter& p, const QRectF& r)
 {
-    const Global& g = G();
-    for (int i = 1; i <= g.freeText.count(); ++i) {
-        const TextRecord& r = g.freeText.at(i);
-        if (r.sheet == code && !r.isFree()) drawTextObject(p, r.style, r.text, {});
+    p.save();
+    p.fillRect(r, QColor(235, 235, 235));
+    QPen pen(QColor(150, 150, 150));
+    pen.setWidthF(kLine);
+    p.setPen(pen);
+    p.drawLine(r.topLeft(), r.bottomRight());
+    p.drawLine(r.topRight(), r.bottomLeft());
+    p.restore();
+    frame(p, r, QColor(150, 150, 150));
+}
+
+void drawPicture(QPainter& p, int code, int index, const RenderOptions& o, int border)
+{
+    const PictureRecord& r = G().pictures.at(index);
+    const QRectF rect = objectRectTwips(code, {ObjKind::Picture, index});
+    if (rect.isEmpty()) return;
+    if (r.file.startsWith(u'~')) {
+        // A plain colour chosen in the picture dialog.
+        p.fillRect(rect, winColor(parseBackground(r.file).colour));
+    } else {
+        const QImage img = pictureAtSize(r.file, devicePixels(p, rect));
+        if (!img.isNull()) p.drawImage(rect, img);
+        else if (o.missingPictureMarks) drawMissingPicture(p, rect);
     }
-    for (int i = 1; i <= g.charFields.count(); ++i) {
-        const CharFieldRecord& r = g.charFields.at(i);
-        if (r.sheet == code && !r.isFree()) drawTextObject(p, r.style, r.text, {});
+    if (border == 1) frame(p, rect, Qt::black);
+}
+
+void drawObject(QPainter& p, int code, ObjectRef ref, const RenderOptions& o, QPointF origin)
+{
+    const int border = o.shownBorder.value(ref, recordBorder(ref));
+    if (ref.kind == ObjKind::Picture) {
+        drawPicture(p, code, ref.index, o, border);
+        return;
     }
-    for (int i = 1; i <= g.numFields.count(); ++i) {
-        const NumFieldRecord& r = g.numFields.at(i);
-        if (r.sheet == code && !r.isFree()) drawTextObject(p, r.style, numberText(r), {});
-    }
+    if (const TextStyle* s = textStyle(ref)) drawTextObject(p, *s, shownText(ref), origin, border);
 }
 
 void drawSpine(QPainter& p, const QRect& panel, Spine side)
@@ -108,8 +118,8 @@ void drawSpine(QPainter& p, const QRect& panel, Spine side)
     frame(p, panel, Qt::black);
     const QString line = spineLine(G().spineText, G().spineNumberText);
     if (!line.isEmpty()) {
-        p.setFont(twipsFont(sf.name.isEmpty() ? QStringLiteral("Arial") : sf.name, sf.size, sf.bold != 0,
-                            sf.italic != 0, sf.underline != 0, sf.strikethru != 0));
+        p.setFont(textFont(sf.name.isEmpty() ? QStringLiteral("Arial") : sf.name, sf.size, sf.bold != 0,
+                           sf.italic != 0, sf.underline != 0, sf.strikethru != 0));
         p.setPen(winColor(sf.foreColor));
         // The start point is the top of the text cell, as a rotated GDI
         // font places it; the baseline lies one ascent "below" it.
@@ -121,30 +131,12 @@ void drawSpine(QPainter& p, const QRect& panel, Spine side)
     p.restore();
 }
 
-void drawTextPage(QPainter& p, int code, bool border)
+void drawTextPage(QPainter& p, int code, const RenderOptions& o)
 {
     const QRect panel = textPageRect(code);
     p.fillRect(panel, Qt::white);
-    const Global& g = G();
-    for (int i = 1; i <= g.pageText.count(); ++i) {
-        const TextRecord& r = g.pageText.at(i);
-        if (r.sheet == code && !r.isFree()) drawTextObject(p, r.style, r.text, panel.topLeft());
-    }
-    if (border) frame(p, panel, Qt::black);
-}
-
-void drawPictures(QPainter& p, int code, const QSet<int>& hidden)
-{
-    const Global& g = G();
-    for (int i = 1; i <= g.pictures.count(); ++i) {
-        const PictureRecord& r = g.pictures.at(i);
-        if (r.sheet != code || r.isFree() || hidden.contains(i)) continue;
-        const QImage img = loadPicture(r.file);
-        if (img.isNull()) continue;
-        QSizeF size(r.width, r.height);
-        if (r.displayMode == 2 || r.width <= 0 || r.height <= 0) size = img.size() * double(kTwipsPerPixel);
-        p.drawImage(QRectF(QPointF(r.left, r.top), size), img);
-    }
+    for (const ObjectRef& ref : pageStacking(code, o)) drawObject(p, code, ref, o, panel.topLeft());
+    if (o.textPageBorder) frame(p, panel, Qt::black);
 }
 
 void drawDiscOutline(QPainter& p, const QRectF& canvas)
@@ -159,9 +151,16 @@ void drawDiscOutline(QPainter& p, const QRectF& canvas)
     p.fillPath(path, Qt::white);
 }
 
-QCache<QString, QImage>& cache()
+struct PictureCache {
+    QCache<QString, QImage> sources{96 * 1024};  // KiB of full decoded images
+    QCache<QString, QImage> scaled{128 * 1024};  // KiB of copies at a device size
+    QHash<QString, QSize> sizes;                 // by file key; invalid: cannot be read
+    int decodes = 0;
+};
+
+PictureCache& cache()
 {
-    static QCache<QString, QImage> c(256 * 1024);  // KiB of decoded pixels
+    static PictureCache c;
     return c;
 }
 
@@ -175,7 +174,94 @@ ImageLoader& loader()
     return l;
 }
 
+// A file's identity: its path, time and size, so a changed file is read again.
+QString fileKey(const QString& path)
+{
+    if (path.isEmpty() || path.startsWith(u'~')) return {};
+    const QFileInfo info(path);
+    if (!info.exists()) return path + QStringLiteral("|missing");
+    return path + u'|' + QString::number(info.lastModified().toMSecsSinceEpoch()) + u'|' +
+           QString::number(info.size());
+}
+
+qsizetype costKiB(const QImage& img) { return std::max<qsizetype>(1, img.sizeInBytes() / 1024); }
+
+QImage loadByKey(const QString& path, const QString& key)
+{
+    PictureCache& c = cache();
+    const auto known = c.sizes.constFind(key);
+    if (known != c.sizes.cend() && !known->isValid()) return {};
+    if (QImage* hit = c.sources.object(key)) return *hit;
+    ++c.decodes;
+    QImage img = loader() ? loader()(path) : QImage();
+    c.sizes.insert(key, img.isNull() ? QSize() : img.size());
+    if (!img.isNull()) c.sources.insert(key, new QImage(img), costKiB(img));  // dropped at once when too big
+    return img;
+}
+
 }  // namespace
+
+std::vector<ObjectRef> canvasStacking(int code, const RenderOptions& o)
+{
+    std::vector<ObjectRef> out;
+    QSet<ObjectRef> seen;
+    for (const ObjectRef& ref : o.stacking)
+        if (ref.kind != ObjKind::PageText && objectExists(code, ref) && !seen.contains(ref)) {
+            seen.insert(ref);
+            out.push_back(ref);
+        }
+    const Global& g = G();
+    const std::pair<ObjKind, int> kinds[] = {{ObjKind::Picture, g.pictures.count()},
+                                             {ObjKind::Text, g.freeText.count()},
+                                             {ObjKind::CharField, g.charFields.count()},
+                                             {ObjKind::NumField, g.numFields.count()}};
+    for (const auto& [kind, count] : kinds)
+        for (int i = 1; i <= count; ++i) {
+            const ObjectRef ref{kind, i};
+            if (objectExists(code, ref) && !seen.contains(ref)) out.push_back(ref);
+        }
+    return out;
+}
+
+std::vector<ObjectRef> pageStacking(int code, const RenderOptions& o)
+{
+    std::vector<ObjectRef> out;
+    if (!formatLayout(code).textPage) return out;
+    QSet<ObjectRef> seen;
+    for (const ObjectRef& ref : o.pageStacking)
+        if (ref.kind == ObjKind::PageText && objectExists(code, ref) && !seen.contains(ref)) {
+            seen.insert(ref);
+            out.push_back(ref);
+        }
+    for (int i = 1; i <= G().pageText.count(); ++i) {
+        const ObjectRef ref{ObjKind::PageText, i};
+        if (objectExists(code, ref) && !seen.contains(ref)) out.push_back(ref);
+    }
+    return out;
+}
+
+Hit hitTest(int code, const RenderOptions& o, QPoint pt)
+{
+    const FormatLayout layout = formatLayout(code);
+    Hit hit;
+    if (!layout.code || !QRect(QPoint(0, 0), canvasSizeTwips(code).toSize()).contains(pt)) return hit;
+    if (layout.textPage && o.textPage && textPageRect(code).contains(pt)) {
+        // The text page covers the canvas: only its own blocks answer.
+        const auto blocks = pageStacking(code, o);
+        for (auto it = blocks.rbegin(); it != blocks.rend(); ++it)
+            if (objectRectTwips(code, *it).contains(pt)) return {Hit::Object, *it};
+        return hit;
+    }
+    if (layout.spines && o.spines &&
+        (spineRect(code, Spine::Left).contains(pt) || spineRect(code, Spine::Right).contains(pt)))
+        return {Hit::Panel, {}};
+    const auto objects = canvasStacking(code, o);
+    for (auto it = objects.rbegin(); it != objects.rend(); ++it) {
+        if (it->kind == ObjKind::Picture && o.hiddenPictures.contains(it->index)) continue;
+        if (objectRectTwips(code, *it).contains(pt)) return {Hit::Object, *it};
+    }
+    return hit;
+}
 
 RenderOptions defaultOptions(int code)
 {
@@ -195,15 +281,15 @@ void paint(QPainter& p, int code, const RenderOptions& o)
     p.setRenderHint(QPainter::TextAntialiasing);
 
     drawBackground(p, code, canvas);
-    // Labels lie below the panels (spines, text page), pictures above them,
-    // which is why the text page hides the pictures rather than covering them.
-    drawLabels(p, code);
+    // The canvas's objects lie below the panels (spines, text page); the
+    // text page also hides the sheet's pictures, which matters for presses.
+    for (const ObjectRef& ref : canvasStacking(code, o))
+        if (ref.kind != ObjKind::Picture || !o.hiddenPictures.contains(ref.index)) drawObject(p, code, ref, o, {});
     if (layout.spines && o.spines) {
         drawSpine(p, spineRect(code, Spine::Left), Spine::Left);
         drawSpine(p, spineRect(code, Spine::Right), Spine::Right);
     }
-    if (layout.textPage && o.textPage) drawTextPage(p, code, o.textPageBorder);
-    drawPictures(p, code, o.hiddenPictures);
+    if (layout.textPage && o.textPage) drawTextPage(p, code, o);
     if (o.border) frame(p, canvas, Qt::black);
     if (layout.disc && o.discPreview) drawDiscOutline(p, canvas);
     p.restore();
@@ -258,20 +344,45 @@ void setImageLoader(ImageLoader l)
 
 QImage loadPicture(const QString& path)
 {
-    if (path.isEmpty()) return {};
-    const QFileInfo info(path);
-    const QString key = path + u'|' + QString::number(info.lastModified().toMSecsSinceEpoch()) + u'|' +
-                        QString::number(info.size());
-    if (QImage* hit = cache().object(key)) return *hit;
-    QImage img = loader() ? loader()(path) : QImage();
-    if (img.isNull()) return img;
-    const qsizetype cost = std::max<qsizetype>(1, img.sizeInBytes() / 1024);
-    auto* copy = new QImage(img);
-    if (!cache().insert(key, copy, cost)) return img;  // too big to keep: the cache deleted it
+    const QString key = fileKey(path);
+    return key.isEmpty() ? QImage() : loadByKey(path, key);
+}
+
+QSize pictureSize(const QString& path)
+{
+    const QString key = fileKey(path);
+    if (key.isEmpty()) return {};
+    const auto known = cache().sizes.constFind(key);
+    if (known != cache().sizes.cend()) return *known;
+    return loadByKey(path, key).size();
+}
+
+QImage pictureAtSize(const QString& path, QSize px)
+{
+    const QString key = fileKey(path);
+    if (key.isEmpty()) return {};
+    const QSize full = pictureSize(path);
+    if (!full.isValid()) return {};
+    if (px.width() >= full.width() || px.height() >= full.height()) return loadByKey(path, key);
+    PictureCache& c = cache();
+    const QString scaledKey = key + u'@' + QString::number(px.width()) + u'x' + QString::number(px.height());
+    if (QImage* hit = c.scaled.object(scaledKey)) return *hit;
+    const QImage src = loadByKey(path, key);
+    if (src.isNull()) return {};
+    QImage img = src.scaled(px, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    c.scaled.insert(scaledKey, new QImage(img), costKiB(img));
     return img;
 }
 
-void clearPictureCache() { cache().clear(); }
+void clearPictureCache()
+{
+    PictureCache& c = cache();
+    c.sources.clear();
+    c.scaled.clear();
+    c.sizes.clear();
+}
+
+int pictureDecodeCount() { return cache().decodes; }
 
 QSize actualSizeTwips(const QString& path)
 {
