@@ -1,0 +1,250 @@
+#include "sources/PICSELECT.h"
+#include "platform/DriveDirFile.h"
+#include "platform/Pictures.h"
+#include "platform/Services.h"
+#include "state/Global.h"
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QPushButton>
+#include <QThreadPool>
+#include <QVBoxLayout>
+
+using jk::G;
+
+namespace {
+
+// The captions come from the message table; its design-time text stands in
+// for an entry the message file left empty.
+QString caption(const QString& fromTable, const char* fallback)
+{
+    return fromTable.isEmpty() ? QString::fromLatin1(fallback) : fromTable;
+}
+
+// Windows RGB: red in the low byte.
+qint32 winRgb(const QColor& c)
+{
+    return qint32(c.red() | c.green() << 8 | c.blue() << 16);
+}
+
+// The preview never needs more than this many pixels a side: a big picture is
+// scaled down on the worker thread, so the dialog holds and paints little.
+constexpr int kPreviewMaxSide = 1600;
+
+}  // namespace
+
+// ----------------------------------------------------------- PicturePreview
+
+PicturePreview::PicturePreview(QWidget* parent) : QFrame(parent)
+{
+    setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    setMinimumSize(240, 180);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+void PicturePreview::setPicture(const QImage& picture)
+{
+    picture_ = picture;
+    scaled_ = QPixmap();
+    note_.clear();
+    update();
+}
+
+void PicturePreview::setColor(const QColor& color)
+{
+    color_ = color;
+    update();
+}
+
+void PicturePreview::setNote(const QString& note)
+{
+    note_ = note;
+    update();
+}
+
+void PicturePreview::clear()
+{
+    picture_ = QImage();
+    scaled_ = QPixmap();
+    color_ = QColor();
+    note_.clear();
+    update();
+}
+
+void PicturePreview::resizeEvent(QResizeEvent* e)
+{
+    scaled_ = QPixmap();
+    QFrame::resizeEvent(e);
+}
+
+void PicturePreview::paintEvent(QPaintEvent* e)
+{
+    QFrame::paintEvent(e);
+    QPainter p(this);
+    const QRect box = contentsRect();
+    p.fillRect(box, color_.isValid() ? color_ : palette().color(QPalette::Base));
+    if (!picture_.isNull()) {
+        if (scaled_.isNull())  // made again after a resize
+            scaled_ = QPixmap::fromImage(picture_.scaled(box.size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+        QRect where(QPoint(), scaled_.size());
+        where.moveCenter(box.center());
+        p.drawPixmap(where, scaled_);
+    } else if (!note_.isEmpty()) {
+        p.setPen(palette().color(QPalette::PlaceholderText));
+        p.drawText(box.adjusted(12, 12, -12, -12), Qt::AlignCenter | Qt::TextWordWrap, note_);
+    }
+}
+
+// ---------------------------------------------------------------- PICSELECT
+
+PICSELECT::PICSELECT(QWidget* parent) : QDialog(parent)
+{
+    const jk::Texts& t = G().texts;
+    setObjectName("PICSELECT");
+    setWindowTitle(QStringLiteral("PICTURE SELECTOR"));
+
+    trio_ = new DriveDirFileTrio(this);
+    trio_->setMinimumSize(360, 300);
+    ImageMan1 = new PicturePreview(this);
+    ImageMan1->setObjectName("ImageMan1");
+
+    Command1 = new QPushButton(caption(t.msg(55), "Select"), this);
+    Command1->setObjectName("Command1");
+    Command1->setDefault(true);
+    Command2 = new QPushButton(caption(t.msg(1), "Cancel"), this);
+    Command2->setObjectName("Command2");
+    Command3 = new QPushButton(caption(t.msg(56), "Color"), this);
+    Command3->setObjectName("Command3");
+    Scanner = new QPushButton(caption(t.extraCaptions[2], "Scanner"), this);
+    Scanner->setObjectName("Scanner");
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(Command1);
+    buttons->addWidget(Command3);
+    buttons->addWidget(Scanner);
+    buttons->addStretch(1);
+    buttons->addWidget(Command2);
+    auto* right = new QVBoxLayout;
+    right->addWidget(ImageMan1, 1);
+    right->addLayout(buttons);
+    auto* top = new QHBoxLayout(this);
+    top->addWidget(trio_, 3);
+    top->addLayout(right, 2);
+    resize(820, 400);
+
+    Is_Scanner();
+    Command1->setEnabled(false);
+
+    // Start where this kind of picture lives.
+    const jk::Global& g = G();
+    const QString start = g.pictureDialogPurpose == 0   ? g.backgroundFolder
+                          : g.pictureDialogPurpose == 1 ? g.picturesFolder
+                                                        : QString();
+    if (!start.isEmpty()) trio_->setPath(start);
+    trio_->fileList()->setPattern(QString::fromLatin1(jk::platform::kPicturePattern));
+
+    connect(trio_, &DriveDirFileTrio::fileClicked, this, &PICSELECT::File1_Click);
+    connect(trio_, &DriveDirFileTrio::fileDoubleClicked, this, [this] {
+        if (Command1->isEnabled()) Command1_Click();
+    });
+    connect(Command1, &QPushButton::clicked, this, &PICSELECT::Command1_Click);
+    connect(Command2, &QPushButton::clicked, this, &PICSELECT::Command2_Click);
+    connect(Command3, &QPushButton::clicked, this, &PICSELECT::Command3_Click);
+}
+
+void PICSELECT::run(QWidget* parent)
+{
+    PICSELECT dlg(parent);
+    dlg.exec();
+}
+
+void PICSELECT::Is_Scanner()
+{
+    constexpr int imageSources = 0;  // no scanning service yet
+    Scanner->setEnabled(imageSources > 0);
+}
+
+void PICSELECT::showEvent(QShowEvent* e)
+{
+    // Shown again, the folder may hold new pictures: list it afresh.
+    trio_->fileList()->setPattern(QString::fromLatin1(jk::platform::kPicturePattern));
+    QDialog::showEvent(e);
+}
+
+void PICSELECT::File1_Click()
+{
+    const QString path = trio_->filePath();
+    if (path.isEmpty()) return;
+    jk::Global& g = G();
+    g.scannerSource = 0;
+    g.chosenPictureFile = path;
+    ImageMan1->clear();
+    ++generation_;
+    waiting_ = path;
+    startPreview();
+    Command1->setEnabled(true);
+}
+
+void PICSELECT::startPreview()
+{
+    if (decoding_ || waiting_.isEmpty()) return;
+    decoding_ = true;
+    const QString path = std::exchange(waiting_, QString());
+    const quint64 generation = generation_;
+    const QPointer<PICSELECT> self(this);
+    QThreadPool::globalInstance()->start([self, path, generation] {
+        QString error;
+        QImage picture = jk::platform::loadPicture(path, &error);
+        if (picture.width() > kPreviewMaxSide || picture.height() > kPreviewMaxSide)
+            picture = picture.scaled(kPreviewMaxSide, kPreviewMaxSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, path, generation, picture, error] {
+                if (self) self->previewDecoded(generation, path, picture, error);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void PICSELECT::previewDecoded(quint64 generation, const QString& path, const QImage& picture, const QString& error)
+{
+    decoding_ = false;
+    if (generation == generation_) {
+        if (picture.isNull()) ImageMan1->setNote(error);
+        else ImageMan1->setPicture(picture);
+        Q_EMIT previewShown(path);
+    }
+    startPreview();
+}
+
+void PICSELECT::Command1_Click()
+{
+    accept();
+}
+
+void PICSELECT::Command2_Click()
+{
+    reject();
+}
+
+void PICSELECT::reject()
+{
+    G().chosenPictureFile.clear();
+    QDialog::reject();
+}
+
+void PICSELECT::Command3_Click()
+{
+    const QColor initial = ImageMan1->color().isValid() ? ImageMan1->color() : QColor(Qt::white);
+    QString title = Command3->text();
+    title.remove(u'&').remove(QStringLiteral("..."));
+    const std::optional<QColor> chosen = jk::platform::services().colors->chooseColor(initial, title);
+    if (!chosen || !chosen->isValid()) return;
+    // A picture still decoding must not cover the colour when it arrives.
+    ++generation_;
+    waiting_.clear();
+    ImageMan1->clear();
+    ImageMan1->setColor(*chosen);
+    G().chosenPictureFile = u'~' + QString::number(winRgb(*chosen));
+    Command1->setEnabled(true);
+}
