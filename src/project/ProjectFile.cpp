@@ -117,7 +117,8 @@ public:
 
     QString resolve(const QString& path)
     {
-        if (path.isEmpty() || path.startsWith(u'~')) return path;
+        // No file name holds a NUL; Qt would only warn about it.
+        if (path.isEmpty() || path.startsWith(u'~') || path.contains(QChar(0))) return path;
         if (QFileInfo::exists(path) && (QDir::isAbsolutePath(path) || dir_.isEmpty())) return path;
         if (dir_.isEmpty()) return path;
         const QDir dir(dir_);
@@ -229,7 +230,16 @@ private:
         }
         return n;
     }
-    void text(QString& v) { v = line(); }
+    void text(QString& v)
+    {
+        v = line();
+        if (v.size() > kMaxTextChars) {
+            qsizetype keep = kMaxTextChars;
+            if (v.at(keep - 1).isHighSurrogate()) --keep;
+            v.truncate(keep);
+            error(QStringLiteral("the text is longer than %1 characters; the rest of it was dropped.").arg(kMaxTextChars));
+        }
+    }
 
     enum class Parse { Ok, Overflow, Bad };
     static Parse parse(const QString& raw, qint64& n)
@@ -320,9 +330,9 @@ void Reader::textBlocks(RecordTable<TextRecord>& table, const char* what)
                 error(QStringLiteral("the line is longer than %1 bytes; the rest of it was skipped.").arg(kMaxLineBytes));
             QString l = utf8_ ? QString::fromUtf8(bytes) : fromCp1252(bytes);
             if (l == marker) break;
-            if (r.text.size() + l.size() + 2 > kMaxTextBlockChars) {
+            if (r.text.size() + l.size() + 2 > kMaxTextChars) {
                 if (!dropped) error(QStringLiteral("the text block is longer than %1 characters; the rest of it was dropped.")
-                                        .arg(kMaxTextBlockChars));
+                                        .arg(kMaxTextChars));
                 dropped = true;
                 continue;
             }
@@ -441,6 +451,8 @@ void Reader::body()
             g.spineNumberText = formatNumber(r.number, r.digits);
             spinePropagation();
             g.spineText = g.spineTitle.chopped(std::clamp<qsizetype>(r.digits, 0, g.spineTitle.size()));
+            // Each linked field may leave a blank more: keep the text writable.
+            if (g.spineText.size() > kMaxTextChars) g.spineText.truncate(kMaxTextChars);
         }
     }
 
@@ -452,12 +464,12 @@ bool Reader::detectEncoding(QIODevice& dev)
 {
     Utf8Validator v;
     qint64 total = 0;
-    QByteArray chunk;
+    char chunk[16 * 1024];
     while (total < kMaxProjectFileBytes && !v.failed()) {
-        chunk = dev.read(std::min<qint64>(256 * 1024, kMaxProjectFileBytes - total));
-        if (chunk.isEmpty()) break;
-        total += chunk.size();
-        v.feed(chunk.constData(), chunk.size());
+        const qint64 n = dev.read(chunk, std::min<qint64>(sizeof chunk, kMaxProjectFileBytes - total));
+        if (n <= 0) break;
+        total += n;
+        v.feed(chunk, n);
     }
     // A file cut inside a character by the size limit still counts as UTF-8.
     utf8_ = !v.failed();

@@ -17,8 +17,10 @@ inline constexpr char kTextBlockMarker[] = "~@&";
 // Limits that keep a damaged or hostile file from freezing the program or
 // eating its memory. Real projects stay far below them.
 constexpr qint64 kMaxProjectFileBytes = 64 * 1024 * 1024;
-constexpr int kMaxLineBytes = 64 * 1024;        // longer lines are cut
-constexpr int kMaxTextBlockChars = 64 * 1024;   // more text in one block is dropped
+constexpr int kMaxLineBytes = 1024 * 1024;      // longer lines are cut
+// A text value or a whole text block longer than this is cut; the writer's
+// lines then stay below kMaxLineBytes whatever the encoding.
+constexpr int kMaxTextChars = 64 * 1024;
 constexpr int kMaxReportedErrors = 3;           // then one summary message
 
 // Receives every error the reader reports: its description and the title of

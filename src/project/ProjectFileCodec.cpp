@@ -14,7 +14,7 @@ constexpr char16_t kHigh[32] = {
     0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-constexpr qsizetype kChunk = 64 * 1024;
+constexpr qsizetype kChunk = 16 * 1024;
 
 }  // namespace
 
@@ -92,7 +92,10 @@ bool LineReader::fill()
         end_ = true;
         return false;
     }
-    buf_ = dev_.read(std::min<qint64>(kChunk, room));
+    // The same buffer serves every chunk.
+    buf_.resize(qsizetype(std::min<qint64>(kChunk, room)));
+    const qint64 got = dev_.read(buf_.data(), buf_.size());
+    buf_.resize(qsizetype(std::max<qint64>(got, 0)));
     pos_ = 0;
     if (buf_.isEmpty()) {
         end_ = true;

@@ -11,10 +11,11 @@ namespace {
 // the file is longer, so that no value (or UTF-8 sequence) is cut in two.
 QByteArray readCapped(const QString& path, qint64 maxBytes)
 {
+    if (path.isEmpty() || path.contains(QChar(0))) return {};
     const QFileInfo info(path);
     // Folders, devices (/dev/zero) and pipes are no value files; a pipe
     // would even block the open.
-    if (path.isEmpty() || !info.isFile()) return {};
+    if (!info.isFile()) return {};
     QFile f(path);
     if (!f.open(QIODevice::ReadOnly)) return {};
     QByteArray data = f.read(maxBytes);

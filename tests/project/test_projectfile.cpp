@@ -94,7 +94,7 @@ bool sameStyle(const TextStyle& a, const TextStyle& b)
 // A clean state at the same address, so references to G() stay valid.
 void freshState()
 {
-    G() = Global{};
+    G() = Global();
     G().createTables(TableSizing::NewProject);
 }
 
