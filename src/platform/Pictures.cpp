@@ -218,13 +218,18 @@ RunResult runLimited(const QString& program, const QStringList& args, const QPro
     return r;
 }
 
+// Beside the program (a build tree), else where it is installed. Found once,
+// whichever thread asks first.
 QString helperProgram()
 {
-    if (QCoreApplication::instance()) {
-        const QString beside = QCoreApplication::applicationDirPath() + u'/' + QLatin1String(kHelperName);
-        if (QFileInfo(beside).isExecutable()) return beside;
-    }
-    return QStringLiteral(JK_LIBEXEC_DIR "/") + QLatin1String(kHelperName);
+    static const QString program = [] {
+        if (QCoreApplication::instance()) {
+            const QString beside = QCoreApplication::applicationDirPath() + u'/' + QLatin1String(kHelperName);
+            if (QFileInfo(beside).isExecutable()) return beside;
+        }
+        return QStringLiteral(JK_LIBEXEC_DIR "/") + QLatin1String(kHelperName);
+    }();
+    return program;
 }
 
 // ---------------------------------------------------------------- decoders
@@ -331,9 +336,9 @@ double epsDpi(const QRectF& box, const PictureLimits& l)
 {
     double dpi = l.vectorDpi;
     const double w = box.width() * dpi / 72, h = box.height() * dpi / 72;
-    double shrink = std::min({1.0, l.maxSide / w, l.maxSide / h,
-                              std::sqrt(double(l.allocationMb) * kMb / 4 / (w * h))});
-    dpi *= shrink * 0.999;
+    const double shrink = std::min({1.0, l.maxSide / w, l.maxSide / h,
+                                    std::sqrt(double(l.allocationMb) * kMb / 4 / (w * h))});
+    if (shrink < 1) dpi *= shrink * 0.999;  // a hair under, so rounding cannot tip it over
     return dpi >= 1 ? dpi : 0;
 }
 
