@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QSaveFile>
+#include <QStringDecoder>
 #include <cerrno>
 #include <cstring>
 #include <limits>
@@ -197,11 +198,14 @@ private:
         }
         if (lines_.lastLineCut())
             error(QStringLiteral("the line is longer than %1 bytes; the rest of it was skipped.").arg(kMaxLineBytes));
-        if (utf8_) {
-            if (lines_.lineNumber() == 1 && bytes.startsWith("\xEF\xBB\xBF")) bytes.remove(0, 3);
-            return QString::fromUtf8(bytes);
-        }
-        return fromCp1252(bytes);
+        if (utf8_ && lines_.lineNumber() == 1 && bytes.startsWith("\xEF\xBB\xBF")) bytes.remove(0, 3);
+        return decode(bytes);
+    }
+    // QString::fromUtf8 would drop a byte-order mark at the start of every
+    // line, and with it a character of the value.
+    QString decode(const QByteArray& bytes)
+    {
+        return utf8_ ? utf8Decoder_.decode(bytes) : fromCp1252(bytes);
     }
 
     // Reads one number into v. A value out of v's range is skipped and v
@@ -305,6 +309,8 @@ private:
     const ProjectErrorReporter& reporter_;
     BesideLookup beside_;
     bool utf8_ = false;
+    QStringDecoder utf8Decoder_{QStringDecoder::Utf8,
+                                QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom};
     bool version3_ = false;
     ProjectReadResult result_;
 };
@@ -328,7 +334,7 @@ void Reader::textBlocks(RecordTable<TextRecord>& table, const char* what)
             if (!lines_.next(bytes)) break;
             if (lines_.lastLineCut())
                 error(QStringLiteral("the line is longer than %1 bytes; the rest of it was skipped.").arg(kMaxLineBytes));
-            QString l = utf8_ ? QString::fromUtf8(bytes) : fromCp1252(bytes);
+            QString l = decode(bytes);
             if (l == marker) break;
             if (r.text.size() + l.size() + 2 > kMaxTextChars) {
                 if (!dropped) error(QStringLiteral("the text block is longer than %1 characters; the rest of it was dropped.")
@@ -354,7 +360,7 @@ void Reader::body()
         QByteArray bytes;
         qint64 n = 0;
         if (lines_.next(bytes)) {
-            QString s = utf8_ ? QString::fromUtf8(bytes) : fromCp1252(bytes);
+            QString s = decode(bytes);
             if (s.startsWith(QChar(0xFEFF))) s.remove(0, 1);
             if (parse(s, n) == Parse::Ok && n == kProjectFileVersion) first = i16(n);
         }

@@ -382,6 +382,16 @@ private Q_SLOTS:
         readBytes(bytes);
         QCOMPARE(g.spineText, QStringLiteral("Ã©"));
 
+        // A value that starts with U+FEFF keeps it; only the file's own
+        // byte-order mark is dropped (found by fuzzing).
+        g.spineFont.name = QStringLiteral("\uFEFFA");
+        g.spineText = QStringLiteral("\uFEFF\uFEFFB");
+        bytes = projectFileBytes();
+        freshState();
+        readBytes(bytes);
+        QCOMPARE(g.spineFont.name, QStringLiteral("\uFEFFA"));
+        QCOMPARE(g.spineText, QStringLiteral("\uFEFF\uFEFFB"));
+
         // A UTF-8 file from another editor, with a byte-order mark.
         readBytes("\xEF\xBB\xBF 3 \r\n 1 \r\nFont\r\nT\xC3\xBCte\r\n");
         QCOMPARE(g.spineText, QStringLiteral("Tüte"));
