@@ -56,6 +56,7 @@ MDIForm1::MDIForm1(QWidget* parent) : QMainWindow(parent)
     connectCommands();
     jk::setShell(this);
     connectSheetCommands();
+    connectProjectCommands();
 }
 
 MDIForm1::~MDIForm1()

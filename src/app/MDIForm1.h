@@ -85,6 +85,22 @@ public:
     void insertSpineText(); // Txtfold, SSCommand15
     void connectObjectCommands();
 
+    // Project commands (src/project/MDIForm1_Project.cpp)
+    bool Nouveau_Prj();      // false when the user cancelled the save question
+    bool Ouvrir_Fichier();   // false when nothing was opened
+    bool Sauver_Prj();       // false when not saved (cancelled or failed)
+    bool saveAs();
+    bool SaveFile();         // writes the project file name; reports a failure
+    bool ReadFile();         // reads the project file (path, else a file dialog)
+    void newProjectCommand();             // newsheet, newprj
+    void openCommand(bool fromButton);    // Openfile (false), openprj (true)
+    // Start-up's last steps: the command-line project, then a new project.
+    void startProject(const QString& commandLineProject);
+    void setProjectTitle();
+    void connectProjectCommands();
+    // The new-project dialog; returns Creeprojet's result. Tests replace it.
+    static std::function<int(QWidget*)> newProjectDialog;
+
 protected:
     void closeEvent(QCloseEvent* e) override;
     bool eventFilter(QObject* watched, QEvent* e) override;
@@ -97,6 +113,13 @@ private:
     QAction* addAction(QMenu* menu, const QString& name, const QString& designCaption);
     QMenu* addMenu(QWidget* parent, const QString& name, const QString& designCaption);
     QToolButton* addButton(const QString& name);
+    // Project command helpers
+    bool askSaveChanges(bool askNameWhenUntitled);
+    QString chooseSaveName(const QString& proposed);
+    QString chooseOpenName();
+    void unloadSheets();
+    void hideSheetEntries();
+    void enableProjectCommands();
 
     QMdiArea* mdi_ = nullptr;
     QToolBar* panel_ = nullptr;

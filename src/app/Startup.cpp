@@ -1,13 +1,19 @@
 #include "app/Startup.h"
 #include "app/Form2.h"
 #include "app/MDIForm1.h"
+#include "platform/Pictures.h"
 #include "platform/Services.h"
+#include "sheet/PictFold.h"
+#include "sheet/SheetRenderer.h"
+#include "sources/PICSELECT.h"
+#include "sources/TXTFORM.h"
 #include "state/Global.h"
 #include "state/Paths.h"
 #include "state/Procedures.h"
 #include "state/Settings.h"
 #include <QAction>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QScreen>
 #include <QToolButton>
 
@@ -77,8 +83,16 @@ qint64 Form_Load(MDIForm1& w, const QString& commandLineProject)
     w.showMaximized();
     w.button("SSCommand2")->setEnabled(false);
 
-    // Opening the command-line project and the new-project command come with
-    // the project commands.
-    g.projectFilePath = commandLineProject;
+    // Opening the command-line project and the new-project command follow
+    // once the window is shown (MDIForm1::startProject).
+    Q_UNUSED(commandLineProject);
     return waited;
+}
+
+void installDialogs(QWidget* parent)
+{
+    QPointer<QWidget> owner(parent);
+    PictFold::textDialog = [owner] { TXTFORM::run(owner); };
+    PictFold::pictureDialog = [owner] { PICSELECT::run(owner); };
+    jk::sheet::setImageLoader([](const QString& path) { return jk::platform::loadPicture(path); });
 }

@@ -7,3 +7,8 @@ class MDIForm1;
 // commandLineProject is the project named on the command line, if any.
 // Returns how long it waited on the splash, in milliseconds.
 qint64 Form_Load(MDIForm1& w, const QString& commandLineProject);
+
+// Connects the sheets to the real text and picture dialogs and to the
+// picture loader that knows every supported format. Tests leave them out and
+// answer through their own hooks.
+void installDialogs(QWidget* parent);

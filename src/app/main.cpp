@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFont>
+#include <QTimer>
 #include <cstdio>
 
 int main(int argc, char* argv[])
@@ -35,13 +36,18 @@ int main(int argc, char* argv[])
     jk::platform::install(services.services());
 
     MDIForm1 w;
+    installDialogs(&w);
     const QStringList args = parser.positionalArguments();
-    const qint64 waited = Form_Load(w, args.isEmpty() ? QString() : args.first());
+    const QString project = args.isEmpty() ? QString() : args.first();
+    const qint64 waited = Form_Load(w, project);
     if (qEnvironmentVariableIsSet("JEWLKIT_STARTUP_BENCH")) {
         // bench/startup.sh: stop once the main window is on screen.
         QCoreApplication::processEvents();
         fprintf(stderr, "splash-wait-ms: %lld\n", static_cast<long long>(waited));
         return 0;
     }
+    // The command-line project, then the new-project command, once the
+    // main window is on screen.
+    QTimer::singleShot(0, &w, [&w, project] { w.startProject(project); });
     return app.exec();
 }
