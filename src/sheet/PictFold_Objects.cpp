@@ -236,7 +236,7 @@ void PictFold::PICDEL()
 {
     jk::Global& g = G();
     const ObjectRef ref{ObjKind::Picture, g.selectedIndex};
-    if (!objectExists(code_, ref)) return;
+    if (g.selectedKind != 1 || !objectExists(code_, ref)) return;
     g.pictures.at(ref.index).file.clear();
     hiddenPictures_.remove(ref.index);
     forget(ref);
