@@ -1,16 +1,29 @@
 #include "app/MDIForm1.h"
 #include "app/Startup.h"
+#include "platform/Pictures.h"
 #include "platform/RealServices.h"
+#include "project/Export.h"
+#include "sheet/SheetRenderer.h"
 #include "platform/SingleInstance.h"
 #include "state/Paths.h"
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFont>
+#include <QTextStream>
 #include <QTimer>
 #include <cstdio>
 
 int main(int argc, char* argv[])
 {
+    // A headless export needs no display at all.
+    bool headless = false;
+    for (int i = 1; i < argc; ++i)
+        if (qstrcmp(argv[i], "--export") == 0 || qstrncmp(argv[i], "--export=", 9) == 0 ||
+            qstrcmp(argv[i], "--help") == 0 || qstrcmp(argv[i], "-h") == 0 || qstrcmp(argv[i], "--version") == 0 ||
+            qstrcmp(argv[i], "-v") == 0)
+            headless = true;
+    if (headless && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("jewlkit"));
     QApplication::setApplicationDisplayName(QStringLiteral("Jewelcase Studio"));
@@ -22,15 +35,34 @@ int main(int argc, char* argv[])
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("project"), QStringLiteral("A .prj project to open."), QStringLiteral("[FILE.prj]"));
+    const QCommandLineOption exportOption(
+        QStringLiteral("export"),
+        QStringLiteral("Render every sheet of FILE.prj at 300 dpi into DIR as <format code>.png "
+                       "(1 front cover, 2 booklet, 4 inside card, 8 disc label, 16 paper jacket; "
+                       "2-text.png and 16-text.png for the text pages) and exit, without any window. "
+                       "Problems go to standard error; the exit status is then 1."),
+        QStringLiteral("DIR"));
+    parser.addOption(exportOption);
     parser.process(app);
-
-    // Only one instance at a time: a second start leaves the first alone.
-    SingleInstance instance(jk::paths::ensureDir(jk::paths::runtimeDir()));
-    if (!instance.tryAcquire()) return 0;
 
     // Old projects name Windows faces; map them to installed look-alikes.
     QFont::insertSubstitutions(QStringLiteral("Ms Sans Serif"), {QStringLiteral("Liberation Sans"), QStringLiteral("Arial")});
     QFont::insertSubstitutions(QStringLiteral("Fixedsys"), {QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Monospace")});
+
+    if (parser.isSet(exportOption)) {
+        QTextStream err(stderr);
+        const QStringList files = parser.positionalArguments();
+        if (files.size() != 1) {
+            err << "jewlkit: --export DIR needs exactly one project file" << Qt::endl;
+            return 1;
+        }
+        jk::sheet::setImageLoader([](const QString& path) { return jk::platform::loadPicture(path); });
+        return jk::exportProject(parser.value(exportOption), files.first(), err);
+    }
+
+    // Only one instance at a time: a second start leaves the first alone.
+    SingleInstance instance(jk::paths::ensureDir(jk::paths::runtimeDir()));
+    if (!instance.tryAcquire()) return 0;
 
     RealServices services;
     jk::platform::install(services.services());
