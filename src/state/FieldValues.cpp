@@ -38,9 +38,15 @@ QStringList readFieldValues(const QString& path, int maxValues)
 
 QString firstFieldValue(const QString& path)
 {
-    const QStringList values = readListItems(readCapped(path, kFirstValueScanBytes), kMaxFieldValues);
-    for (const QString& v : values)
-        if (!v.isEmpty()) return v;
+    const QByteArray data = readCapped(path, kFirstValueScanBytes);
+    // The first value is nearly always among the first few: split only
+    // those, and the whole text only when they are all empty.
+    for (int items : {16, kMaxFieldValues}) {
+        const QStringList values = readListItems(data, items);
+        for (const QString& v : values)
+            if (!v.isEmpty()) return v;
+        if (values.size() < items) break;
+    }
     return {};
 }
 

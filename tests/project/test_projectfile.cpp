@@ -481,6 +481,8 @@ private Q_SLOTS:
         QCOMPARE(readFieldValues(path, 2), (QStringList{"Ann", "Bob"}));
         writeFile(path, "\r\n \r\n,Zoe\r\n");
         QCOMPARE(firstFieldValue(path), QStringLiteral("Zoe"));
+        writeFile(path, QByteArray(40, ',') + "\r\n\r\n\"Late\"\r\n");
+        QCOMPARE(firstFieldValue(path), QStringLiteral("Late"));
         writeFile(path, "Z\xFCrich\r\n");  // Windows-1252
         QCOMPARE(firstFieldValue(path), QStringLiteral("Zürich"));
         writeFile(path, "");
