@@ -26,7 +26,6 @@ int main(int argc, char* argv[])
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("jewlkit"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Jewelcase Studio"));
     QApplication::setApplicationVersion(QStringLiteral("4.0"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/jewlkit.svg")));
 
