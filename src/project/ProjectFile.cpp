@@ -457,7 +457,11 @@ void Reader::body()
             g.spineNumberText = formatNumber(r.number, r.digits);
             spinePropagation();
             g.spineText = g.spineTitle.chopped(std::clamp<qsizetype>(r.digits, 0, g.spineTitle.size()));
-            // Each linked field may leave a blank more: keep the text writable.
+            // The spine line joins text and number with one blank; take that
+            // blank off too, or every save and reopen would add one.
+            if (g.spineTitle.endsWith(u' ' + g.spineNumberText) && g.spineText.endsWith(u' ') &&
+                g.spineText.size() > 1)
+                g.spineText.chop(1);
             if (g.spineText.size() > kMaxTextChars) g.spineText.truncate(kMaxTextChars);
         }
     }

@@ -342,7 +342,14 @@ private Q_SLOTS:
         readBytes(bytes);
         QCOMPARE(g.spineNumberText, QStringLiteral("001"));
         QCOMPARE(g.spineTitle, QStringLiteral("My Disc 001"));
-        QCOMPARE(g.spineText, QStringLiteral("My Disc "));  // the title less three characters
+        // The title less the number and its separating blank, so saving and
+        // reopening again and again keeps the text as it was.
+        QCOMPARE(g.spineText, QStringLiteral("My Disc"));
+        const QByteArray again = projectFileBytes();
+        freshState();
+        readBytes(again);
+        QCOMPARE(g.spineText, QStringLiteral("My Disc"));
+        QCOMPARE(projectFileBytes(), again);
 
         // Digit counts outside 1-4 give no number text; the spine text still
         // loses that many characters.
