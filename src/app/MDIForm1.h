@@ -85,6 +85,12 @@ public:
     void insertSpineText(); // Txtfold, SSCommand15
     void connectObjectCommands();
 
+    // Clipboard (src/sheet/MDIForm1_Clipboard.cpp)
+    void Copy_Clip();   // ClipCopy, copyobj
+    void Cut_Clip();    // clipcut, Cutobj: copy, then delete the object
+    void Paste_Clip();  // Clipaste, Pasteobj
+    void connectClipboardCommands();
+
     // Project commands (src/project/MDIForm1_Project.cpp)
     bool Nouveau_Prj();      // false when the user cancelled the save question
     bool Ouvrir_Fichier();   // false when nothing was opened

@@ -333,6 +333,7 @@ void MDIForm1::newProjectCommand()
     jk::Global& g = G();
     g.chosenPictureFile.clear();
     enableCommand(this, "Exportshhet", false);
+    PictFold::devalideclip(this);
     g.sheetActive = jk::kFalse;
     g.openExisting = jk::kTrue;
     if (Nouveau_Prj()) enableCommand(this, "MCURPROJ", true);
@@ -341,6 +342,7 @@ void MDIForm1::newProjectCommand()
 void MDIForm1::openCommand(bool fromButton)
 {
     jk::Global& g = G();
+    PictFold::devalideclip(this);
     g.compositionCode = 0;
     g.chosenPictureFile.clear();
     arrange(2);

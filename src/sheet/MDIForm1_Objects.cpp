@@ -130,4 +130,5 @@ void MDIForm1::connectObjectCommands()
     on("MBTF", onSheet(&PictFold::ObjFront));
     onButton("CHGOrder", onSheet(&PictFold::ObjOrder));
     on("MSTB", onSheet(&PictFold::ObjOrder));
+    connectClipboardCommands();
 }

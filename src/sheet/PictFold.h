@@ -78,6 +78,20 @@ public:
     // order, every shown border as stored.
     void restoreObjects();
 
+    // Clipboard (PictFold_Clipboard.cpp): the program's own, one slot per
+    // kind of object. ClipCopy copies the selected object (false when there
+    // is none on this sheet); ClipPaste makes a new object on this sheet
+    // from what was copied last. Both set the main window's clipboard
+    // commands; valideClip and devalideclip set them for a selection made
+    // or cleared, also when no sheet exists.
+    bool ClipCopy();
+    bool ClipPaste();
+    static void valideClip(QObject* mainWindow);
+    static void devalideclip(QObject* mainWindow);
+    static jk::sheet::CommandTable clipCopyTable(bool pasteWasEnabled);
+    static jk::sheet::CommandTable clipPasteTable();
+    static jk::sheet::CommandTable devalideclipTable();
+
     // Presses and releases, in canvas twips; the canvas calls them, tests may.
     void canvasPress(const QPoint& twips, const QPoint& globalPos);
     void canvasRelease();
