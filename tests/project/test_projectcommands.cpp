@@ -217,6 +217,17 @@ private Q_SLOTS:
         QVERIFY(!w->action("AdFrmSimpl")->isEnabled());
         QVERIFY(!w->action("AdFrmIns")->isEnabled());
         QCOMPARE(G().projectModified, jk::kFalse);
+
+        // The new-project dialog's second tab opens the chosen file at once.
+        newProject({.cd = true});
+        MDIForm1::newProjectDialog = [this](QWidget*) {
+            G().openExisting = jk::kTrue;
+            G().projectFilePath = G().projectFileName = path("trip.prj");
+            return int(Creeprojet::OpenExisting);
+        };
+        w->newProjectCommand();
+        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtDouble, jk::FmtCdRom, jk::FmtInside}));
+        QCOMPARE(G().spineText, QString("Road trip"));
     }
 
     void failedSaveKeepsTheChangesAndTheOldFile()
