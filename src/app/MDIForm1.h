@@ -91,6 +91,12 @@ public:
     void Paste_Clip();  // Clipaste, Pasteobj
     void connectClipboardCommands();
 
+    // Fields (src/sheet/MDIForm1_Fields.cpp)
+    void insertCharField();  // FieldCharacter, FDA
+    void insertNumField();   // FieldNumeric, FDN
+    void Position_Menu();    // Next and Previous of the character-field menu
+    void connectFieldCommands();
+
     // Project commands (src/project/MDIForm1_Project.cpp)
     bool Nouveau_Prj();      // false when the user cancelled the save question
     bool Ouvrir_Fichier();   // false when nothing was opened

@@ -131,4 +131,5 @@ void MDIForm1::connectObjectCommands()
     onButton("CHGOrder", onSheet(&PictFold::ObjOrder));
     on("MSTB", onSheet(&PictFold::ObjOrder));
     connectClipboardCommands();
+    connectFieldCommands();
 }

@@ -92,6 +92,24 @@ public:
     static jk::sheet::CommandTable clipPasteTable();
     static jk::sheet::CommandTable devalideclipTable();
 
+    // Fields (PictFold_Fields.cpp). The main window sets the field mode
+    // (field sub-kind 1 character, 2 numeric) and calls these on the active
+    // sheet; the stepping procedures act on the selected field.
+    void InsFChar();       // new character field through the field dialog
+    void InsFNum();        // new numeric field through the field dialog
+    void editfield();      // the selected field through the field dialog
+    void Delfield();       // deletes the selected field
+    void Plusun();         // next number, in every open sheet
+    void MoinsUn();        // previous number, never below 0
+    void RazNum();         // back to 1
+    void VNEXT();          // next value of the character field's file
+    void VOIRPREV();       // previous value
+    void FMenuA_Change();  // enables Next and Previous of the character field's menu
+    void MajSel();         // advances this sheet's fields by one label
+    // Fits a field to the text it shows once numbering changed it, and
+    // repaints the sheets; installed once, by the first field command.
+    static void installFieldHook();
+
     // Presses and releases, in canvas twips; the canvas calls them, tests may.
     void canvasPress(const QPoint& twips, const QPoint& globalPos);
     void canvasRelease();

@@ -200,24 +200,7 @@ void PictFold::OBJDEL()
     const int i = g.selectedIndex;
     switch (g.selectedKind) {
     case 1: PICDEL(); return;
-    case 2: {
-        const bool chars = g.fieldSubKind == 1;
-        const ObjectRef ref{chars ? ObjKind::CharField : ObjKind::NumField, i};
-        if (!objectExists(code_, ref)) return;
-        bool spine = false;
-        if (chars) {
-            g.charFields.at(i).text.clear();
-            g.charFields.at(i).valueFile.clear();
-        } else {
-            g.numFields.at(i).number = 0;  // the mark of a deleted numeric field
-            spine = g.numFields.at(i).spineLink == 1;
-        }
-        forget(ref);
-        g.projectModified = jk::kTrue;
-        canvas_->update();
-        if (spine) jk::spinePropagation();
-        return;
-    }
+    case 2: Delfield(); return;
     case 0: {
         const bool page = g.blockSelector != 1;
         const ObjectRef ref{page ? ObjKind::PageText : ObjKind::Text, i};

@@ -127,7 +127,10 @@ QString shownText(ObjectRef r)
     case ObjKind::Text: return g.freeText.valid(r.index) ? g.freeText.at(r.index).text : QString();
     case ObjKind::PageText: return g.pageText.valid(r.index) ? g.pageText.at(r.index).text : QString();
     case ObjKind::CharField: return g.charFields.valid(r.index) ? g.charFields.at(r.index).text : QString();
-    case ObjKind::NumField: return g.numFields.valid(r.index) ? numberText(g.numFields.at(r.index)) : QString();
+    case ObjKind::NumField:
+        // Stepping and printing change what a field shows, not its number.
+        return g.numFields.valid(r.index) ? g.numFields.at(r.index).shown.value_or(numberText(g.numFields.at(r.index)))
+                                          : QString();
     case ObjKind::Picture: return {};
     }
     return {};

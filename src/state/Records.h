@@ -3,6 +3,7 @@
 // that hold them. Field order follows the project file.
 #include <QString>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace jk {
@@ -52,6 +53,9 @@ struct NumFieldRecord {
     i16 number = 0;     // 0 marks a free slot
     i16 spineLink = 0;  // 1: the number is also the spine number
     TextStyle style;
+    // The text the field shows once stepping or printing has changed it;
+    // unset shows the number. Not stored in the project file.
+    std::optional<QString> shown{};
     bool isFree() const { return number == 0; }
 };
 

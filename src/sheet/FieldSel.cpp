@@ -1,0 +1,506 @@
+#include "sheet/FieldSel.h"
+#include "platform/Services.h"
+#include "sheet/SheetObjects.h"
+#include "state/Global.h"
+#include "state/Numbering.h"
+#include <QAction>
+#include <QCheckBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+#include <cmath>
+
+using jk::G;
+namespace pf = jk::platform;
+
+namespace {
+
+const QString kFilter = QStringLiteral("Text files (*.txt);;All files (*)");
+// Point sizes a field may carry, so it never outgrows its 16-bit twips.
+constexpr double kMinPoints = 4, kMaxPoints = 200;
+
+// Colours are kept as Windows values (red in the low byte).
+QColor qColor(jk::i32 v)
+{
+    const auto u = quint32(v);
+    return QColor(int(u & 0xff), int((u >> 8) & 0xff), int((u >> 16) & 0xff));
+}
+jk::i32 winColor(const QColor& c) { return jk::i32(c.red() | (c.green() << 8) | (c.blue() << 16)); }
+
+QString msgOr(int i, const char* fallback)
+{
+    const QString& s = G().texts.msg(i);
+    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
+}
+QString tipOr(int i, const char* fallback)
+{
+    const QString& s = G().texts.toolTips.at(std::size_t(i));
+    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
+}
+// A caption as a dialog title: no accelerator, no trailing dots.
+QString plain(QString s)
+{
+    s.remove(u'&');
+    while (s.endsWith(u'.')) s.chop(1);
+    return s.trimmed();
+}
+
+QFont previewFont(const jk::TextStyle& s)
+{
+    QFont f(s.fontName.isEmpty() ? jk::sheet::defaultFontName() : s.fontName);
+    f.setPointSizeF(s.fontSize > 0 ? s.fontSize : 9.75);
+    f.setBold(s.bold != 0);
+    f.setItalic(s.italic != 0);
+    f.setUnderline(s.underline != 0);
+    f.setStrikeOut(s.strikethru != 0);
+    return f;
+}
+
+double pointsOf(const QFont& f)
+{
+    if (f.pointSizeF() > 0) return f.pointSizeF();
+    if (f.pixelSize() > 0) return f.pixelSize() * 72.0 / 96.0;
+    return 10;
+}
+
+bool onlyDigits(const QString& s)
+{
+    return std::all_of(s.cbegin(), s.cend(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+}
+
+}  // namespace
+
+FieldSel::FieldSel(QWidget* parent) : QDialog(parent)
+{
+    setObjectName("FieldSel");
+    setWindowTitle(msgOr(8, "Field selector"));
+
+    menuBar_ = new QMenuBar(this);
+    mfile_ = menuBar_->addMenu(msgOr(22, "File"));
+    mfile_->setObjectName("Mfile");
+    mfile_->menuAction()->setObjectName("Mfile");
+    fopen_ = mfile_->addAction(msgOr(23, "Open"));
+    fopen_->setObjectName("Fopen");
+    fsave_ = mfile_->addAction(msgOr(24, "Save"));
+    fsave_->setObjectName("Fsave");
+
+    frame1_ = new QGroupBox(tipOr(25, "Characters field"), this);
+    frame1_->setObjectName("Frame1");
+    text2_ = new QPlainTextEdit(frame1_);
+    text2_->setObjectName("Text2");
+    text2_->setLineWrapMode(QPlainTextEdit::NoWrap);
+    text2_->setMinimumSize(300, 220);
+    auto* l1 = new QVBoxLayout(frame1_);
+    l1->addWidget(text2_);
+
+    frame2_ = new QGroupBox(tipOr(24, "Numeric field "), this);
+    frame2_->setObjectName("Frame2");
+    text1_ = new QLineEdit(QStringLiteral("1"), frame2_);
+    text1_->setObjectName("Text1");
+    text1_->setMaxLength(5);  // 32767 is the largest number
+    auto* l2 = new QVBoxLayout(frame2_);
+    l2->addWidget(text1_);
+    const char* digitCaptions[4] = {"1 digit", "2 digits", "3 digits", "4 digits"};
+    for (int i = 0; i < 4; ++i) {
+        digits_[i] = new QRadioButton(msgOr(3 + i, digitCaptions[i]), frame2_);
+        digits_[i]->setObjectName(QStringLiteral("Option%1").arg(i + 1));
+        l2->addWidget(digits_[i]);
+        connect(digits_[i], &QRadioButton::clicked, this, [this, i] { digitOption(i + 1); });
+    }
+    check1_ = new QCheckBox(msgOr(7, "Add value on folder"), frame2_);
+    check1_->setObjectName("Check1");
+    l2->addWidget(check1_);
+    l2->addStretch(1);
+
+    auto* side = new QWidget(this);
+    command1_ = new QPushButton(msgOr(9, "Fonts"), side);
+    command1_->setObjectName("Command1");
+    // The platform's font dialog has no colour choice: the text colour has
+    // a button of its own.
+    foreColor_ = new QPushButton(tr("Text co&lor..."), side);
+    foreColor_->setObjectName("ForeColor");
+
+    frame3_ = new QGroupBox(msgOr(16, "Alignment"), side);
+    frame3_->setObjectName("Frame3");
+    lft_ = new QRadioButton(tipOr(17, "Left"), frame3_);
+    lft_->setObjectName("Lft");
+    cntr_ = new QRadioButton(msgOr(18, "Center"), frame3_);
+    cntr_->setObjectName("Cntr");
+    rgt_ = new QRadioButton(tipOr(18, "Right"), frame3_);
+    rgt_->setObjectName("Rgt");
+    auto* l3 = new QVBoxLayout(frame3_);
+    l3->addWidget(lft_);
+    l3->addWidget(cntr_);
+    l3->addWidget(rgt_);
+
+    frame4_ = new QGroupBox(msgOr(21, "Background"), side);
+    frame4_->setObjectName("Frame4");
+    option5_ = new QRadioButton(msgOr(19, "Transparent"), frame4_);
+    option5_->setObjectName("Option5");
+    option6_ = new QRadioButton(msgOr(17, "Colors"), frame4_);
+    option6_->setObjectName("Option6");
+    auto* l4 = new QVBoxLayout(frame4_);
+    l4->addWidget(option5_);
+    l4->addWidget(option6_);
+
+    check2_ = new QCheckBox(msgOr(20, "Border"), side);
+    check2_->setObjectName("Check2");
+
+    auto* ls = new QVBoxLayout(side);
+    ls->setContentsMargins(0, 0, 0, 0);
+    ls->addWidget(command1_);
+    ls->addWidget(foreColor_);
+    ls->addWidget(frame3_);
+    ls->addWidget(frame4_);
+    ls->addWidget(check2_);
+    ls->addStretch(1);
+
+    command3_ = new QPushButton(msgOr(0, "OK"), this);
+    command3_->setObjectName("Command3");
+    command3_->setDefault(true);
+    command2_ = new QPushButton(msgOr(1, "Cancel"), this);
+    command2_->setObjectName("Command2");
+
+    auto* top = new QHBoxLayout;
+    top->addWidget(frame1_, 1);
+    top->addWidget(frame2_, 1);
+    top->addWidget(side);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(command3_);
+    buttons->addWidget(command2_);
+    auto* layout = new QVBoxLayout(this);
+    layout->setMenuBar(menuBar_);
+    layout->addLayout(top, 1);
+    layout->addLayout(buttons);
+
+    connect(text1_, &QLineEdit::textEdited, this, &FieldSel::Text1_Edited);
+    connect(check1_, &QCheckBox::clicked, this, &FieldSel::Check1_Click);
+    connect(option5_, &QRadioButton::clicked, this, &FieldSel::Option5_Click);
+    connect(option6_, &QRadioButton::clicked, this, &FieldSel::Option6_Click);
+    connect(check2_, &QCheckBox::clicked, this, &FieldSel::Check2_Click);
+    connect(lft_, &QRadioButton::clicked, this, [this] { alignment(0); });
+    connect(rgt_, &QRadioButton::clicked, this, [this] { alignment(1); });
+    connect(cntr_, &QRadioButton::clicked, this, [this] { alignment(2); });
+    connect(command1_, &QPushButton::clicked, this, &FieldSel::Command1_Click);
+    connect(foreColor_, &QPushButton::clicked, this, &FieldSel::ForeColor_Click);
+    connect(fopen_, &QAction::triggered, this, &FieldSel::Fopen_Click);
+    connect(fsave_, &QAction::triggered, this, &FieldSel::Fsave_Click);
+    connect(command3_, &QPushButton::clicked, this, &FieldSel::Command3_Click);
+    connect(command2_, &QPushButton::clicked, this, &FieldSel::Command2_Click);
+
+    Form_Load();
+}
+
+bool FieldSel::run(QWidget* parent)
+{
+    FieldSel dialog(parent);
+    dialog.exec();
+    return G().textAccepted != jk::kFalse;
+}
+
+jk::NumFieldRecord* FieldSel::numRecord() const
+{
+    auto& t = G().numFields;
+    return numeric_ && t.valid(G().selectedIndex) ? &t.at(G().selectedIndex) : nullptr;
+}
+
+jk::CharFieldRecord* FieldSel::charRecord() const
+{
+    auto& t = G().charFields;
+    return !numeric_ && t.valid(G().selectedIndex) ? &t.at(G().selectedIndex) : nullptr;
+}
+
+jk::TextStyle* FieldSel::style() const
+{
+    if (auto* n = numRecord()) return &n->style;
+    if (auto* c = charRecord()) return &c->style;
+    return nullptr;
+}
+
+void FieldSel::Form_Load()
+{
+    jk::Global& g = G();
+    g.textAccepted = jk::kFalse;
+    numeric_ = g.fieldSubKind == 2;
+    frame1_->setVisible(!numeric_);
+    frame2_->setVisible(numeric_);
+    mfile_->setEnabled(!numeric_);
+    mfile_->menuAction()->setEnabled(!numeric_);
+
+    int align = 0;
+    if (const jk::TextStyle* s = style()) {
+        fore_ = s->foreColor;
+        if (!s->fontName.isEmpty()) font_ = previewFont(*s);
+        align = s->alignment;
+        (s->backStyle == 1 ? option6_ : option5_)->setChecked(true);
+        check2_->setChecked(s->borderStyle == 1);
+    } else {
+        fore_ = jk::sheet::kDefaultTextColour;
+        option5_->setChecked(true);
+    }
+    g.alignmentChoice = jk::i16(align == 1 || align == 2 ? align : 0);
+    (g.alignmentChoice == 1 ? rgt_ : g.alignmentChoice == 2 ? cntr_ : lft_)->setChecked(true);
+
+    if (numeric_) {
+        if (jk::NumFieldRecord* r = numRecord()) {
+            // A new field shows one digit until another count is chosen.
+            if (r->digits < 1 || r->digits > 4) r->digits = 1;
+            digits_[r->digits - 1]->setChecked(true);
+            check1_->setChecked(r->spineLink == 1);
+            if (!r->isFree()) text1_->setText(jk::numFieldText(g.selectedIndex));
+        } else {
+            digits_[0]->setChecked(true);
+        }
+    } else {
+        lire_File();
+    }
+    updatePreview();
+    (numeric_ ? static_cast<QWidget*>(text1_) : text2_)->setFocus();
+}
+
+void FieldSel::lire_File()
+{
+    const jk::CharFieldRecord* r = charRecord();
+    valueFile_ = r ? r->valueFile : QString();
+    const jk::ValueList list = jk::readValueList(valueFile_);
+    showValues(list.values, list.complete || list.values.isEmpty());
+}
+
+void FieldSel::showValues(const QStringList& values, bool complete)
+{
+    text2_->setPlainText(values.join(u'\n'));
+    // Only the start of a huge file is shown: it may be looked at, but
+    // writing it back would cut the file.
+    fileCut_ = !complete;
+    text2_->setReadOnly(fileCut_);
+}
+
+QStringList FieldSel::typedValues() const
+{
+    QStringList out;
+    const QStringList lines = text2_->toPlainText().split(u'\n');
+    for (const QString& line : lines)
+        if (!line.trimmed().isEmpty()) out.append(line.trimmed());
+    return out;
+}
+
+void FieldSel::message(const QString& text, int icon)
+{
+    if (auto* m = pf::services().messages) m->show(text, msgOr(27, "Jewelcase Studio"), pf::Icon(icon));
+}
+
+void FieldSel::updatePreview()
+{
+    const QFont f = font_.value_or(previewFont(jk::TextStyle{}));
+    for (QWidget* w : {static_cast<QWidget*>(text1_), static_cast<QWidget*>(text2_)}) {
+        w->setFont(f);
+        QPalette p = w->palette();
+        p.setColor(QPalette::Text, qColor(fore_));
+        // The background the field will have, when it has one.
+        if (const jk::TextStyle* s = style(); s && s->backStyle == 1) p.setColor(QPalette::Base, qColor(s->backColor));
+        else p.setColor(QPalette::Base, qColor(fore_) == QColor(Qt::white) ? Qt::black : Qt::white);
+        w->setPalette(p);
+    }
+    const int a = G().alignmentChoice;
+    text1_->setAlignment(a == 1 ? Qt::AlignRight : a == 2 ? Qt::AlignHCenter : Qt::AlignLeft);
+}
+
+void FieldSel::Text1_Edited(const QString& text)
+{
+    if (onlyDigits(text)) return;
+    text1_->clear();
+    message(msgOr(37, "Please enter a whole number"), int(pf::Icon::Information));
+}
+
+void FieldSel::digitOption(int digits)
+{
+    digits_[digits - 1]->setChecked(true);
+    const QString t = text1_->text();
+    const int value = jk::leadingNumber(t);
+    if (!t.isEmpty()) text1_->setText(jk::formatFieldNumber(value, digits));
+    if (jk::NumFieldRecord* r = numRecord()) {
+        r->digits = jk::i16(digits);
+        // 0 is the mark of a deleted field: an empty or zero start value
+        // leaves the number alone.
+        if (value >= 1) r->number = jk::i16(value);
+    }
+}
+
+void FieldSel::Check1_Click()
+{
+    if (jk::NumFieldRecord* r = numRecord()) r->spineLink = check1_->isChecked() ? 1 : 0;
+}
+
+void FieldSel::Option5_Click()
+{
+    if (jk::TextStyle* s = style()) s->backStyle = 0;
+    updatePreview();
+}
+
+void FieldSel::Option6_Click()
+{
+    jk::TextStyle* s = style();
+    const bool had = s && s->backStyle == 1;
+    const QColor initial = had ? qColor(s->backColor) : QColor(Qt::white);
+    const std::optional<QColor> c = pf::services().colors->chooseColor(initial, plain(option6_->text()));
+    if (c && c->isValid()) {
+        if (s) {
+            s->backStyle = 1;
+            s->backColor = winColor(*c);
+        }
+    } else if (!had) {
+        // No colour chosen: the field stays as it was.
+        option5_->setChecked(true);
+    }
+    updatePreview();
+}
+
+void FieldSel::Check2_Click()
+{
+    if (jk::TextStyle* s = style()) s->borderStyle = check2_->isChecked() ? 1 : 0;
+}
+
+void FieldSel::alignment(int a)
+{
+    G().alignmentChoice = jk::i16(a);
+    (a == 1 ? rgt_ : a == 2 ? cntr_ : lft_)->setChecked(true);
+    updatePreview();
+}
+
+void FieldSel::Command1_Click()
+{
+    QFont initial = font_.value_or(QFont(QStringLiteral("Arial")));
+    if (!font_) initial.setPointSizeF(11.75);
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, plain(msgOr(9, "Fonts")));
+    if (!chosen) return;
+    QFont f = *chosen;
+    f.setPointSizeF(std::clamp(pointsOf(f), kMinPoints, kMaxPoints));
+    font_ = f;
+    updatePreview();
+}
+
+void FieldSel::ForeColor_Click()
+{
+    const std::optional<QColor> c = pf::services().colors->chooseColor(qColor(fore_), plain(foreColor_->text()));
+    if (!c || !c->isValid()) return;
+    fore_ = winColor(*c);
+    foreChosen_ = true;
+    updatePreview();
+}
+
+void FieldSel::Fopen_Click()
+{
+    if (numeric_) return;
+    const QString folder = valueFile_.isEmpty() ? G().projectFolder : QFileInfo(valueFile_).absolutePath();
+    const QString path = pf::services().files->openFile(plain(fopen_->text()), folder, kFilter);
+    if (path.isEmpty()) return;
+    const QFileInfo info(path);
+    const jk::ValueList list = jk::readValueList(path);
+    // A picture or a folder picked by mistake must not become the file that
+    // OK writes the values into.
+    if (!info.isFile() || (list.values.isEmpty() && info.size() > 0)) {
+        text2_->clear();
+        message(QStringLiteral("\"%1\" is not a text file of values.").arg(QDir::toNativeSeparators(path)),
+                int(pf::Icon::Warning));
+        return;
+    }
+    valueFile_ = path;
+    showValues(list.values, list.complete);
+}
+
+void FieldSel::Fsave_Click()
+{
+    if (numeric_) return;
+    const QString folder = valueFile_.isEmpty() ? G().projectFolder : valueFile_;
+    const QString path = pf::services().files->saveFile(plain(fsave_->text()), folder, kFilter, QStringLiteral("txt"));
+    if (path.isEmpty()) return;
+    QString error;
+    if (!jk::writeFieldValues(path, typedValues(), &error)) {
+        message(error, int(pf::Icon::Warning));
+        return;
+    }
+    valueFile_ = path;
+    fileCut_ = false;
+    text2_->setReadOnly(false);
+}
+
+void FieldSel::Command3_Click()
+{
+    jk::Global& g = G();
+    jk::FieldHandOver& out = jk::fieldHandOver();
+    if (!numeric_) {
+        if (valueFile_.isEmpty()) {
+            message(msgOr(41, "Please save the values to a file first (File > Save)."), int(pf::Icon::Information));
+            return;
+        }
+        const QStringList values = typedValues();
+        if (values.isEmpty()) {
+            message(QStringLiteral("The field has no values: type them one per line."), int(pf::Icon::Information));
+            text2_->setFocus();
+            return;
+        }
+        QString error;
+        if (!fileCut_ && !jk::writeFieldValues(valueFile_, values, &error)) {
+            message(error, int(pf::Icon::Warning));
+            return;
+        }
+        out.fieldText = values.join(u'\n');
+        out.valueFile = valueFile_;
+        if (jk::CharFieldRecord* r = charRecord()) r->valueFile = valueFile_;
+    } else {
+        // 0 marks a deleted field in the tables and the project file, and
+        // the numbers are 16-bit: a field starts at 1 to 32767.
+        const QString t = text1_->text().trimmed();
+        bool ok = false;
+        const int value = t.toInt(&ok);
+        if (!ok || !onlyDigits(t) || value < 1 || value > jk::kMaxFieldNumber) {
+            message(msgOr(37, "Please enter a whole number") + QStringLiteral(" (1-32767)"),
+                    int(pf::Icon::Information));
+            text1_->setFocus();
+            return;
+        }
+        out.fieldText = t;
+        out.numberText = t;
+    }
+
+    if (jk::TextStyle* s = style()) {
+        // First formatting of a field starts from the label defaults.
+        if (s->fontName.isEmpty() && (font_ || foreChosen_)) jk::sheet::applyDefaultFont(*s);
+        if (font_) {
+            s->fontName = font_->family();
+            s->fontSize = jk::i16(std::lround(std::clamp(pointsOf(*font_), kMinPoints, kMaxPoints)));
+            s->bold = jk::flag(font_->bold());
+            s->italic = jk::flag(font_->italic());
+            s->strikethru = jk::flag(font_->strikeOut());
+            s->underline = jk::flag(font_->underline());
+        }
+        if (foreChosen_) s->foreColor = fore_;
+        s->alignment = g.alignmentChoice;
+    }
+    g.textAccepted = jk::kTrue;
+    closing_ = true;
+    accept();
+}
+
+void FieldSel::Command2_Click() { reject(); }
+
+void FieldSel::reject()
+{
+    if (!closing_) {
+        jk::FieldHandOver& out = jk::fieldHandOver();
+        G().textAccepted = jk::kFalse;
+        out.fieldText.clear();
+        out.numberText.clear();
+        closing_ = true;
+    }
+    QDialog::reject();
+}
