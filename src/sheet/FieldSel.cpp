@@ -293,9 +293,9 @@ QStringList FieldSel::typedValues() const
     return out;
 }
 
-void FieldSel::message(const QString& text, int icon)
+void FieldSel::message(const QString& text, pf::Icon icon)
 {
-    if (auto* m = pf::services().messages) m->show(text, msgOr(27, "Jewelcase Studio"), pf::Icon(icon));
+    if (auto* m = pf::services().messages) m->show(text, msgOr(27, "Jewelcase Studio"), icon);
 }
 
 void FieldSel::updatePreview()
@@ -318,7 +318,7 @@ void FieldSel::Text1_Edited(const QString& text)
 {
     if (onlyDigits(text)) return;
     text1_->clear();
-    message(msgOr(37, "Please enter a whole number"), int(pf::Icon::Information));
+    message(msgOr(37, "Please enter a whole number"), pf::Icon::Information);
 }
 
 void FieldSel::digitOption(int digits)
@@ -410,7 +410,7 @@ void FieldSel::Fopen_Click()
     if (!info.isFile() || (list.values.isEmpty() && info.size() > 0)) {
         text2_->clear();
         message(QStringLiteral("\"%1\" is not a text file of values.").arg(QDir::toNativeSeparators(path)),
-                int(pf::Icon::Warning));
+                pf::Icon::Warning);
         return;
     }
     valueFile_ = path;
@@ -425,7 +425,7 @@ void FieldSel::Fsave_Click()
     if (path.isEmpty()) return;
     QString error;
     if (!jk::writeFieldValues(path, typedValues(), &error)) {
-        message(error, int(pf::Icon::Warning));
+        message(error, pf::Icon::Warning);
         return;
     }
     valueFile_ = path;
@@ -439,18 +439,18 @@ void FieldSel::Command3_Click()
     jk::FieldHandOver& out = jk::fieldHandOver();
     if (!numeric_) {
         if (valueFile_.isEmpty()) {
-            message(msgOr(41, "Please save the values to a file first (File > Save)."), int(pf::Icon::Information));
+            message(msgOr(41, "Please save the values to a file first (File > Save)."), pf::Icon::Information);
             return;
         }
         const QStringList values = typedValues();
         if (values.isEmpty()) {
-            message(QStringLiteral("The field has no values: type them one per line."), int(pf::Icon::Information));
+            message(QStringLiteral("The field has no values: type them one per line."), pf::Icon::Information);
             text2_->setFocus();
             return;
         }
         QString error;
         if (!fileCut_ && !jk::writeFieldValues(valueFile_, values, &error)) {
-            message(error, int(pf::Icon::Warning));
+            message(error, pf::Icon::Warning);
             return;
         }
         out.fieldText = values.join(u'\n');
@@ -464,7 +464,7 @@ void FieldSel::Command3_Click()
         const int value = t.toInt(&ok);
         if (!ok || !onlyDigits(t) || value < 1 || value > jk::kMaxFieldNumber) {
             message(msgOr(37, "Please enter a whole number") + QStringLiteral(" (1-32767)"),
-                    int(pf::Icon::Information));
+                    pf::Icon::Information);
             text1_->setFocus();
             return;
         }

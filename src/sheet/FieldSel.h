@@ -32,6 +32,9 @@ class QPlainTextEdit;
 class QPushButton;
 class QRadioButton;
 
+namespace jk::platform {
+enum class Icon;
+}
 namespace jk {
 struct TextStyle;
 struct NumFieldRecord;
@@ -77,7 +80,7 @@ private:
     // The values typed in the values box: one a line, blank lines dropped.
     QStringList typedValues() const;
     void showValues(const QStringList& values, bool complete);
-    void message(const QString& text, int icon);
+    void message(const QString& text, jk::platform::Icon icon);
     void updatePreview();
 
     bool numeric_ = false;

@@ -196,10 +196,20 @@ private Q_SLOTS:
             QVERIFY(child<QRadioButton>(d, "Option3")->isChecked());
             QVERIFY(child<QCheckBox>(d, "Check1")->isChecked());
             child<QRadioButton>(d, "Option4")->click();
+            fake->fonts.answers = {QFont("DejaVu Serif", 14)};
+            child<QPushButton>(d, "Command1")->click();
+            QCOMPARE(fake->fonts.calls.last().initial.family(), QStringLiteral("Ms Sans Serif"));
+            fake->colors.answers = {QColor(Qt::yellow)};
+            child<QRadioButton>(d, "Option6")->click();
             child<QPushButton>(d, "Command3")->click();
         });
         w->action("Nedit")->trigger();
         QCOMPARE(sh::shownText({ObjKind::NumField, 1}), QStringLiteral("0007"));
+        QCOMPARE(n.style.fontName, QStringLiteral("DejaVu Serif"));
+        QCOMPARE(n.style.fontSize, 14);
+        QCOMPARE(n.style.backStyle, 1);
+        QCOMPARE(n.style.backColor, 0x00ffff);  // yellow, red in the low byte
+        QVERIFY(n.style.height >= sh::textExtentTwips(n.style, "0007").height());
         QCOMPARE(G().spineNumberText, QStringLiteral("0007"));
 
         // A cancelled insertion takes a slot and leaves it empty; the start
