@@ -5,7 +5,6 @@
 #include "app/MDIForm1.h"
 #include "sheet/PictFold.h"
 #include "state/Global.h"
-#include "state/Numbering.h"
 #include <QAction>
 #include <QMenu>
 #include <QToolBar>
@@ -48,11 +47,7 @@ void MDIForm1::connectFieldCommands()
     };
 
     on("FieldCharacter", [this] { insertCharField(); });
-    onButton("FDA", [this] {
-        // A new field starts without a value file.
-        jk::fieldHandOver().valueFile.clear();
-        insertCharField();
-    });
+    onButton("FDA", [this] { insertCharField(); });
     on("FieldNumeric", [this] { insertNumField(); });
     onButton("FDN", [this] { insertNumField(); });
 
