@@ -343,12 +343,15 @@ void MDIForm1::openCommand(bool fromButton)
 {
     jk::Global& g = G();
     PictFold::devalideclip(this);
+    const jk::i16 composition = g.compositionCode;
     g.compositionCode = 0;
     g.chosenPictureFile.clear();
     arrange(2);
     // Opening from the menu always asks for a file.
     g.projectFilePath.clear();
-    Ouvrir_Fichier();
+    // Cancelled before anything closed: the open project keeps its sheets,
+    // so it keeps their print weights too.
+    if (!Ouvrir_Fichier() && !sheets().empty()) g.compositionCode = composition;
     if (fromButton && !g.projectFileName.isEmpty()) enableCommand(this, "Exportshhet", true);
 }
 

@@ -191,10 +191,12 @@ private Q_SLOTS:
         newProject({.cd = true});
         QCOMPARE(G().freeText.count(), 0);
 
-        // A cancelled file dialog keeps the open project.
+        // A cancelled file dialog keeps the open project and its print weights.
+        const jk::i16 weights = G().compositionCode;
         fake->files.openAnswers = {QString()};
         w->openCommand(true);
         QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtCdRom}));
+        QCOMPARE(G().compositionCode, weights);
 
         fake->files.openAnswers = {path("trip.prj")};
         w->openCommand(true);
