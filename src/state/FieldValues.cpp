@@ -39,6 +39,10 @@ QStringList readFieldValues(const QString& path, int maxValues)
 QString firstFieldValue(const QString& path)
 {
     const QByteArray data = readCapped(path, kFirstValueScanBytes);
+    // Control bytes other than tab and line ends mean this is no text file:
+    // stepping refuses it, so its first "value" is not shown either.
+    for (char c : data)
+        if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\r' && c != '\n') return {};
     // The first value is nearly always among the first few: split only
     // those, and the whole text only when they are all empty.
     for (int items : {16, kMaxFieldValues}) {

@@ -324,7 +324,9 @@ private Q_SLOTS:
         const QStringList many = readFieldValues(huge);
         QVERIFY(!many.isEmpty() && many.first() == QStringLiteral("first"));
         readFieldValues(binary);
-        firstFieldValue(binary);
+        // Binary lines are no values: stepping refuses them, so no first
+        // value is shown either.
+        QVERIFY(firstFieldValue(binary).isEmpty());
         QVERIFY2(t.elapsed() < 3000, qPrintable(QString::number(t.elapsed())));
 
         // The same paths named by character fields of a project.
