@@ -27,11 +27,6 @@ namespace {
 const char* const kHelpTag = "helpTag";
 const QSize kPreviewSize(300, 200);
 
-QString msgOr(int i, const char* fallback)
-{
-    const QString& s = G().texts.msg(i);
-    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
-}
 QString formatNameOr(int i, const char* fallback)
 {
     const QString& s = G().texts.formatNames.at(std::size_t(i));
@@ -197,7 +192,7 @@ QPixmap Creeprojet::jacketPreview(const QSize& size)
 Creeprojet::Creeprojet(QWidget* parent) : QDialog(parent)
 {
     setObjectName("Creeprojet");
-    setWindowTitle(msgOr(15, "New Project"));
+    setWindowTitle(G().texts.msgOr(15, "New Project"));
 
     tabs_ = new QTabWidget(this);
     tabs_->setObjectName("SSTab1");
@@ -209,19 +204,19 @@ Creeprojet::Creeprojet(QWidget* parent) : QDialog(parent)
     frame1_->setObjectName("Frame1");
     simple_ = new QRadioButton(formatNameOr(0, "Cover simple"), frame1_);
     simple_->setObjectName("Simple");
-    simple_->setProperty(kHelpTag, msgOr(10, "A single page for the front of the case"));
+    simple_->setProperty(kHelpTag, G().texts.msgOr(10, "A single page for the front of the case"));
     double_ = new QRadioButton(formatNameOr(1, "Cover double"), frame1_);
     double_->setObjectName("DOUBLEC");
-    double_->setProperty(kHelpTag, msgOr(11, "A folded booklet with a picture page and a text page"));
+    double_->setProperty(kHelpTag, G().texts.msgOr(11, "A folded booklet with a picture page and a text page"));
     jacket_ = new QRadioButton(formatNameOr(2, "Paper jacket"), frame1_);
     jacket_->setObjectName("Option1");
-    jacket_->setProperty(kHelpTag, msgOr(13, "A paper sleeve with a picture page and a text page"));
+    jacket_->setProperty(kHelpTag, G().texts.msgOr(13, "A paper sleeve with a picture page and a text page"));
     cdrom_ = new QCheckBox(formatNameOr(3, "CD ROM"), frame1_);
     cdrom_->setObjectName("CDROM");
-    cdrom_->setProperty(kHelpTag, msgOr(12, "A round label for the disc itself"));
+    cdrom_->setProperty(kHelpTag, G().texts.msgOr(12, "A round label for the disc itself"));
     inside_ = new QCheckBox(formatNameOr(4, "Inside"), frame1_);
     inside_->setObjectName("Inside");
-    inside_->setProperty(kHelpTag, msgOr(14, "The tray inlay with a spine on each side"));
+    inside_->setProperty(kHelpTag, G().texts.msgOr(14, "The tray inlay with a spine on each side"));
     simple_->setChecked(true);
 
     auto* kinds = new QVBoxLayout(frame1_);
@@ -254,7 +249,7 @@ Creeprojet::Creeprojet(QWidget* parent) : QDialog(parent)
     label1_->setMinimumHeight(label1_->fontMetrics().lineSpacing() * 2 + 4);
     label1_->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
 
-    command1_ = new QPushButton(msgOr(0, "OK"), page1);
+    command1_ = new QPushButton(G().texts.msgOr(0, "OK"), page1);
     command1_->setObjectName("Command1");
     command1_->setDefault(true);
 
@@ -275,7 +270,7 @@ Creeprojet::Creeprojet(QWidget* parent) : QDialog(parent)
     trio_->fileList()->setPattern(QStringLiteral("*.prj"));
     text1_ = new QLineEdit(page2);
     text1_->setObjectName("Text1");
-    command2_ = new QPushButton(msgOr(57, "&Open"), page2);
+    command2_ = new QPushButton(G().texts.msgOr(57, "&Open"), page2);
     command2_->setObjectName("Command2");
     auto* box2 = new QVBoxLayout(page2);
     box2->addWidget(trio_, 1);
@@ -284,8 +279,8 @@ Creeprojet::Creeprojet(QWidget* parent) : QDialog(parent)
     row2->addWidget(command2_);
     box2->addLayout(row2);
 
-    tabs_->addTab(page1, msgOr(84, "New project"));
-    tabs_->addTab(page2, msgOr(85, "Existing project"));
+    tabs_->addTab(page1, G().texts.msgOr(84, "New project"));
+    tabs_->addTab(page2, G().texts.msgOr(85, "Existing project"));
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs_);
 

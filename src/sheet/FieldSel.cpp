@@ -1,6 +1,7 @@
 #include "sheet/FieldSel.h"
 #include "platform/Services.h"
 #include "sheet/SheetObjects.h"
+#include "state/Colors.h"
 #include "state/Global.h"
 #include "state/Numbering.h"
 #include <QAction>
@@ -27,24 +28,6 @@ const QString kFilter = QStringLiteral("Text files (*.txt);;All files (*)");
 // Point sizes a field may carry, so it never outgrows its 16-bit twips.
 constexpr double kMinPoints = 4, kMaxPoints = 200;
 
-// Colours are kept as Windows values (red in the low byte).
-QColor qColor(jk::i32 v)
-{
-    const auto u = quint32(v);
-    return QColor(int(u & 0xff), int((u >> 8) & 0xff), int((u >> 16) & 0xff));
-}
-jk::i32 winColor(const QColor& c) { return jk::i32(c.red() | (c.green() << 8) | (c.blue() << 16)); }
-
-QString msgOr(int i, const char* fallback)
-{
-    const QString& s = G().texts.msg(i);
-    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
-}
-QString tipOr(int i, const char* fallback)
-{
-    const QString& s = G().texts.toolTips.at(std::size_t(i));
-    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
-}
 // A caption as a dialog title: no accelerator, no trailing dots.
 QString plain(QString s)
 {
@@ -81,18 +64,18 @@ bool onlyDigits(const QString& s)
 FieldSel::FieldSel(QWidget* parent) : QDialog(parent)
 {
     setObjectName("FieldSel");
-    setWindowTitle(msgOr(8, "Field selector"));
+    setWindowTitle(G().texts.msgOr(8, "Field selector"));
 
     menuBar_ = new QMenuBar(this);
-    mfile_ = menuBar_->addMenu(msgOr(22, "File"));
+    mfile_ = menuBar_->addMenu(G().texts.msgOr(22, "File"));
     mfile_->setObjectName("Mfile");
     mfile_->menuAction()->setObjectName("Mfile");
-    fopen_ = mfile_->addAction(msgOr(23, "Open"));
+    fopen_ = mfile_->addAction(G().texts.msgOr(23, "Open"));
     fopen_->setObjectName("Fopen");
-    fsave_ = mfile_->addAction(msgOr(24, "Save"));
+    fsave_ = mfile_->addAction(G().texts.msgOr(24, "Save"));
     fsave_->setObjectName("Fsave");
 
-    frame1_ = new QGroupBox(tipOr(25, "Characters field"), this);
+    frame1_ = new QGroupBox(G().texts.tipOr(25, "Characters field"), this);
     frame1_->setObjectName("Frame1");
     text2_ = new QPlainTextEdit(frame1_);
     text2_->setObjectName("Text2");
@@ -101,7 +84,7 @@ FieldSel::FieldSel(QWidget* parent) : QDialog(parent)
     auto* l1 = new QVBoxLayout(frame1_);
     l1->addWidget(text2_);
 
-    frame2_ = new QGroupBox(tipOr(24, "Numeric field "), this);
+    frame2_ = new QGroupBox(G().texts.tipOr(24, "Numeric field "), this);
     frame2_->setObjectName("Frame2");
     text1_ = new QLineEdit(QStringLiteral("1"), frame2_);
     text1_->setObjectName("Text1");
@@ -110,48 +93,48 @@ FieldSel::FieldSel(QWidget* parent) : QDialog(parent)
     l2->addWidget(text1_);
     const char* digitCaptions[4] = {"1 digit", "2 digits", "3 digits", "4 digits"};
     for (int i = 0; i < 4; ++i) {
-        digits_[i] = new QRadioButton(msgOr(3 + i, digitCaptions[i]), frame2_);
+        digits_[i] = new QRadioButton(G().texts.msgOr(3 + i, digitCaptions[i]), frame2_);
         digits_[i]->setObjectName(QStringLiteral("Option%1").arg(i + 1));
         l2->addWidget(digits_[i]);
         connect(digits_[i], &QRadioButton::clicked, this, [this, i] { digitOption(i + 1); });
     }
-    check1_ = new QCheckBox(msgOr(7, "Add value on folder"), frame2_);
+    check1_ = new QCheckBox(G().texts.msgOr(7, "Add value on folder"), frame2_);
     check1_->setObjectName("Check1");
     l2->addWidget(check1_);
     l2->addStretch(1);
 
     auto* side = new QWidget(this);
-    command1_ = new QPushButton(msgOr(9, "Fonts"), side);
+    command1_ = new QPushButton(G().texts.msgOr(9, "Fonts"), side);
     command1_->setObjectName("Command1");
     // The platform's font dialog has no colour choice: the text colour has
     // a button of its own.
     foreColor_ = new QPushButton(tr("Text co&lor..."), side);
     foreColor_->setObjectName("ForeColor");
 
-    frame3_ = new QGroupBox(msgOr(16, "Alignment"), side);
+    frame3_ = new QGroupBox(G().texts.msgOr(16, "Alignment"), side);
     frame3_->setObjectName("Frame3");
-    lft_ = new QRadioButton(tipOr(17, "Left"), frame3_);
+    lft_ = new QRadioButton(G().texts.tipOr(17, "Left"), frame3_);
     lft_->setObjectName("Lft");
-    cntr_ = new QRadioButton(msgOr(18, "Center"), frame3_);
+    cntr_ = new QRadioButton(G().texts.msgOr(18, "Center"), frame3_);
     cntr_->setObjectName("Cntr");
-    rgt_ = new QRadioButton(tipOr(18, "Right"), frame3_);
+    rgt_ = new QRadioButton(G().texts.tipOr(18, "Right"), frame3_);
     rgt_->setObjectName("Rgt");
     auto* l3 = new QVBoxLayout(frame3_);
     l3->addWidget(lft_);
     l3->addWidget(cntr_);
     l3->addWidget(rgt_);
 
-    frame4_ = new QGroupBox(msgOr(21, "Background"), side);
+    frame4_ = new QGroupBox(G().texts.msgOr(21, "Background"), side);
     frame4_->setObjectName("Frame4");
-    option5_ = new QRadioButton(msgOr(19, "Transparent"), frame4_);
+    option5_ = new QRadioButton(G().texts.msgOr(19, "Transparent"), frame4_);
     option5_->setObjectName("Option5");
-    option6_ = new QRadioButton(msgOr(17, "Colors"), frame4_);
+    option6_ = new QRadioButton(G().texts.msgOr(17, "Colors"), frame4_);
     option6_->setObjectName("Option6");
     auto* l4 = new QVBoxLayout(frame4_);
     l4->addWidget(option5_);
     l4->addWidget(option6_);
 
-    check2_ = new QCheckBox(msgOr(20, "Border"), side);
+    check2_ = new QCheckBox(G().texts.msgOr(20, "Border"), side);
     check2_->setObjectName("Check2");
 
     auto* ls = new QVBoxLayout(side);
@@ -163,10 +146,10 @@ FieldSel::FieldSel(QWidget* parent) : QDialog(parent)
     ls->addWidget(check2_);
     ls->addStretch(1);
 
-    command3_ = new QPushButton(msgOr(0, "OK"), this);
+    command3_ = new QPushButton(G().texts.msgOr(0, "OK"), this);
     command3_->setObjectName("Command3");
     command3_->setDefault(true);
-    command2_ = new QPushButton(msgOr(1, "Cancel"), this);
+    command2_ = new QPushButton(G().texts.msgOr(1, "Cancel"), this);
     command2_->setObjectName("Command2");
 
     auto* top = new QHBoxLayout;
@@ -295,7 +278,7 @@ QStringList FieldSel::typedValues() const
 
 void FieldSel::message(const QString& text, pf::Icon icon)
 {
-    if (auto* m = pf::services().messages) m->show(text, msgOr(27, "Jewelcase Studio"), icon);
+    if (auto* m = pf::services().messages) m->show(text, G().texts.msgOr(27, "Jewelcase Studio"), icon);
 }
 
 void FieldSel::updatePreview()
@@ -304,10 +287,10 @@ void FieldSel::updatePreview()
     for (QWidget* w : {static_cast<QWidget*>(text1_), static_cast<QWidget*>(text2_)}) {
         w->setFont(f);
         QPalette p = w->palette();
-        p.setColor(QPalette::Text, qColor(fore_));
+        p.setColor(QPalette::Text, jk::winColor(fore_));
         // The background the field will have, when it has one.
-        if (const jk::TextStyle* s = style(); s && s->backStyle == 1) p.setColor(QPalette::Base, qColor(s->backColor));
-        else p.setColor(QPalette::Base, qColor(fore_) == QColor(Qt::white) ? Qt::black : Qt::white);
+        if (const jk::TextStyle* s = style(); s && s->backStyle == 1) p.setColor(QPalette::Base, jk::winColor(s->backColor));
+        else p.setColor(QPalette::Base, jk::winColor(fore_) == QColor(Qt::white) ? Qt::black : Qt::white);
         w->setPalette(p);
     }
     const int a = G().alignmentChoice;
@@ -318,7 +301,7 @@ void FieldSel::Text1_Edited(const QString& text)
 {
     if (onlyDigits(text)) return;
     text1_->clear();
-    message(msgOr(37, "Please enter a whole number"), pf::Icon::Information);
+    message(G().texts.msgOr(37, "Please enter a whole number"), pf::Icon::Information);
 }
 
 void FieldSel::digitOption(int digits)
@@ -350,12 +333,12 @@ void FieldSel::Option6_Click()
 {
     jk::TextStyle* s = style();
     const bool had = s && s->backStyle == 1;
-    const QColor initial = had ? qColor(s->backColor) : QColor(Qt::white);
+    const QColor initial = had ? jk::winColor(s->backColor) : QColor(Qt::white);
     const std::optional<QColor> c = pf::services().colors->chooseColor(initial, plain(option6_->text()));
     if (c && c->isValid()) {
         if (s) {
             s->backStyle = 1;
-            s->backColor = winColor(*c);
+            s->backColor = jk::toWinColor(*c);
         }
     } else if (!had) {
         // No colour chosen: the field stays as it was.
@@ -380,7 +363,7 @@ void FieldSel::Command1_Click()
 {
     QFont initial = font_.value_or(QFont(QStringLiteral("Arial")));
     if (!font_) initial.setPointSizeF(11.75);
-    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, plain(msgOr(9, "Fonts")));
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, plain(G().texts.msgOr(9, "Fonts")));
     if (!chosen) return;
     QFont f = *chosen;
     f.setPointSizeF(std::clamp(pointsOf(f), kMinPoints, kMaxPoints));
@@ -390,9 +373,9 @@ void FieldSel::Command1_Click()
 
 void FieldSel::ForeColor_Click()
 {
-    const std::optional<QColor> c = pf::services().colors->chooseColor(qColor(fore_), plain(foreColor_->text()));
+    const std::optional<QColor> c = pf::services().colors->chooseColor(jk::winColor(fore_), plain(foreColor_->text()));
     if (!c || !c->isValid()) return;
-    fore_ = winColor(*c);
+    fore_ = jk::toWinColor(*c);
     foreChosen_ = true;
     updatePreview();
 }
@@ -439,7 +422,7 @@ void FieldSel::Command3_Click()
     jk::FieldHandOver& out = jk::fieldHandOver();
     if (!numeric_) {
         if (valueFile_.isEmpty()) {
-            message(msgOr(41, "Please save the values to a file first (File > Save)."), pf::Icon::Information);
+            message(G().texts.msgOr(41, "Please save the values to a file first (File > Save)."), pf::Icon::Information);
             return;
         }
         const QStringList values = typedValues();
@@ -463,7 +446,7 @@ void FieldSel::Command3_Click()
         bool ok = false;
         const int value = t.toInt(&ok);
         if (!ok || !onlyDigits(t) || value < 1 || value > jk::kMaxFieldNumber) {
-            message(msgOr(37, "Please enter a whole number") + QStringLiteral(" (1-32767)"),
+            message(G().texts.msgOr(37, "Please enter a whole number") + QStringLiteral(" (1-32767)"),
                     pf::Icon::Information);
             text1_->setFocus();
             return;

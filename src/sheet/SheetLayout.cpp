@@ -64,14 +64,6 @@ QPoint spineTextStart(Spine side, int panelHeight)
 
 int spineTextRotation(Spine side) { return side == Spine::Left ? -90 : 90; }
 
-QColor winColor(i32 value)
-{
-    const auto v = quint32(value);
-    return QColor(int(v & 0xff), int((v >> 8) & 0xff), int((v >> 16) & 0xff));
-}
-
-i32 toWinColor(const QColor& c) { return i32(c.red() | (c.green() << 8) | (c.blue() << 16)); }
-
 Background parseBackground(const QString& text)
 {
     Background b;

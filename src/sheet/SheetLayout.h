@@ -3,6 +3,7 @@
 // what each sheet weighs in the composition code, and which of the main
 // window's commands a sheet turns on or off. Widget-free, so the rules can be
 // checked directly.
+#include "state/Colors.h"
 #include "state/Records.h"
 #include <QColor>
 #include <QRect>
@@ -69,10 +70,9 @@ constexpr int kOuterRadius = 350;
 
 // ---- Colours and backgrounds ------------------------------------------------
 
-// A Windows colour value (red in the low byte) as a QColor, and back.
-QColor winColor(i32 value);
-i32 toWinColor(const QColor& c);
-
+// Windows colour values (red in the low byte) as QColors, and back.
+using jk::toWinColor;
+using jk::winColor;
 struct Background {
     enum Kind { None, Colour, Picture } kind = None;
     i32 colour = 0;  // Windows colour, for Colour

@@ -2,6 +2,7 @@
 #include "platform/DriveDirFile.h"
 #include "platform/Pictures.h"
 #include "platform/Services.h"
+#include "state/Colors.h"
 #include "state/Global.h"
 #include <QApplication>
 #include <QHBoxLayout>
@@ -19,12 +20,6 @@ namespace {
 QString caption(const QString& fromTable, const char* fallback)
 {
     return fromTable.isEmpty() ? QString::fromLatin1(fallback) : fromTable;
-}
-
-// Windows RGB: red in the low byte.
-qint32 winRgb(const QColor& c)
-{
-    return qint32(c.red() | c.green() << 8 | c.blue() << 16);
 }
 
 // The preview never needs more than this many pixels a side: a big picture is
@@ -245,6 +240,6 @@ void PICSELECT::Command3_Click()
     waiting_.clear();
     ImageMan1->clear();
     ImageMan1->setColor(*chosen);
-    G().chosenPictureFile = u'~' + QString::number(winRgb(*chosen));
+    G().chosenPictureFile = u'~' + QString::number(jk::toWinColor(*chosen));
     Command1->setEnabled(true);
 }

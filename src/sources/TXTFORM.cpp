@@ -1,5 +1,6 @@
 #include "sources/TXTFORM.h"
 #include "platform/Services.h"
+#include "state/Colors.h"
 #include "state/Global.h"
 #include "state/MessageFile.h"
 #include <QAction>
@@ -32,24 +33,6 @@ const QString kNoText = QStringLiteral("ZILCH");
 constexpr jk::i32 kWhite = 0xFFFFFF;
 
 // Colours are kept as Windows values (red in the low byte); Qt sees QColor.
-QColor qColor(jk::i32 v)
-{
-    const auto u = quint32(v);
-    return QColor(int(u & 0xff), int((u >> 8) & 0xff), int((u >> 16) & 0xff));
-}
-jk::i32 winColor(const QColor& c) { return jk::i32(c.red() | (c.green() << 8) | (c.blue() << 16)); }
-
-// A message-table text, or the built-in caption while the file lacks it.
-QString msgOr(int i, const char* fallback)
-{
-    const QString& s = G().texts.msg(i);
-    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
-}
-QString tipOr(int i, const char* fallback)
-{
-    const QString& s = G().texts.toolTips.at(std::size_t(i));
-    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
-}
 // A caption as a dialog title: no accelerator, no trailing dots.
 QString plain(QString s)
 {
@@ -124,17 +107,17 @@ QString decodeFile(const QByteArray& data)
 TXTFORM::TXTFORM(QWidget* parent) : QDialog(parent)
 {
     setObjectName("TXTFORM");
-    setWindowTitle(msgOr(42, "Enter your text"));
+    setWindowTitle(G().texts.msgOr(42, "Enter your text"));
 
     menuBar_ = new QMenuBar(this);
-    txtFile_ = menuBar_->addMenu(msgOr(22, "&File"));
+    txtFile_ = menuBar_->addMenu(G().texts.msgOr(22, "&File"));
     txtFile_->setObjectName("TXTFILE");
-    fopen_ = txtFile_->addAction(msgOr(23, "&Open"));
+    fopen_ = txtFile_->addAction(G().texts.msgOr(23, "&Open"));
     fopen_->setObjectName("Fopen");
-    fsave_ = txtFile_->addAction(msgOr(24, "&Save"));
+    fsave_ = txtFile_->addAction(G().texts.msgOr(24, "&Save"));
     fsave_->setObjectName("Fsave");
 
-    frame2_ = new QGroupBox(msgOr(43, "Text"), this);
+    frame2_ = new QGroupBox(G().texts.msgOr(43, "Text"), this);
     frame2_->setObjectName("Frame2");
     textinput_ = new QPlainTextEdit(frame2_);
     textinput_->setObjectName("Textinput");
@@ -143,40 +126,40 @@ TXTFORM::TXTFORM(QWidget* parent) : QDialog(parent)
     auto* textLayout = new QVBoxLayout(frame2_);
     textLayout->addWidget(textinput_);
 
-    panel_ = new QGroupBox(msgOr(25, "Options"), this);
+    panel_ = new QGroupBox(G().texts.msgOr(25, "Options"), this);
     panel_->setObjectName("SSPanel2");
-    fonts_ = new QPushButton(msgOr(9, "Fonts"), panel_);
+    fonts_ = new QPushButton(G().texts.msgOr(9, "Fonts"), panel_);
     fonts_->setObjectName("Command4");
     // The font dialog of this platform has no colour choice, so the text
     // colour has a button of its own.
     foreColor_ = new QPushButton(tr("Text co&lor..."), panel_);
     foreColor_->setObjectName("ForeColor");
 
-    frame4_ = new QGroupBox(msgOr(16, "Alignment"), panel_);
+    frame4_ = new QGroupBox(G().texts.msgOr(16, "Alignment"), panel_);
     frame4_->setObjectName("Frame4");
-    lft_ = new QRadioButton(tipOr(17, "Left"), frame4_);
+    lft_ = new QRadioButton(G().texts.tipOr(17, "Left"), frame4_);
     lft_->setObjectName("Lft");
-    cntr_ = new QRadioButton(msgOr(18, "Center"), frame4_);
+    cntr_ = new QRadioButton(G().texts.msgOr(18, "Center"), frame4_);
     cntr_->setObjectName("Cntr");
-    rgt_ = new QRadioButton(tipOr(18, "Right"), frame4_);
+    rgt_ = new QRadioButton(G().texts.tipOr(18, "Right"), frame4_);
     rgt_->setObjectName("Rgt");
     auto* alignLayout = new QVBoxLayout(frame4_);
     alignLayout->addWidget(lft_);
     alignLayout->addWidget(cntr_);
     alignLayout->addWidget(rgt_);
 
-    frame5_ = new QGroupBox(msgOr(21, "Background"), panel_);
+    frame5_ = new QGroupBox(G().texts.msgOr(21, "Background"), panel_);
     frame5_->setObjectName("Frame5");
-    option1_ = new QRadioButton(msgOr(19, "Transparent"), frame5_);
+    option1_ = new QRadioButton(G().texts.msgOr(19, "Transparent"), frame5_);
     option1_->setObjectName("Option1");
-    option2_ = new QRadioButton(msgOr(17, "Colors"), frame5_);
+    option2_ = new QRadioButton(G().texts.msgOr(17, "Colors"), frame5_);
     option2_->setObjectName("Option2");
     option2_->installEventFilter(this);
     auto* backLayout = new QVBoxLayout(frame5_);
     backLayout->addWidget(option1_);
     backLayout->addWidget(option2_);
 
-    check1_ = new QCheckBox(msgOr(20, "Border"), panel_);
+    check1_ = new QCheckBox(G().texts.msgOr(20, "Border"), panel_);
     check1_->setObjectName("Check1");
 
     auto* panelLayout = new QVBoxLayout(panel_);
@@ -187,10 +170,10 @@ TXTFORM::TXTFORM(QWidget* parent) : QDialog(parent)
     panelLayout->addWidget(check1_);
     panelLayout->addStretch(1);
 
-    ok_ = new QPushButton(msgOr(0, "OK"), this);
+    ok_ = new QPushButton(G().texts.msgOr(0, "OK"), this);
     ok_->setObjectName("Command1");
     ok_->setDefault(true);
-    cancel_ = new QPushButton(msgOr(1, "Cancel"), this);
+    cancel_ = new QPushButton(G().texts.msgOr(1, "Cancel"), this);
     cancel_->setObjectName("Command2");
 
     auto* top = new QHBoxLayout;
@@ -321,13 +304,13 @@ void TXTFORM::updatePreview()
 {
     QColor base;
     if (spine_ || opaque_)
-        base = qColor(back_);
+        base = jk::winColor(back_);
     else
         // White text on a transparent block would vanish on white.
-        base = qColor(fore_ == kWhite ? 0 : kWhite);
+        base = jk::winColor(fore_ == kWhite ? 0 : kWhite);
     QPalette p = textinput_->palette();
     p.setColor(QPalette::Base, base);
-    p.setColor(QPalette::Text, qColor(fore_));
+    p.setColor(QPalette::Text, jk::winColor(fore_));
     textinput_->setPalette(p);
 
     QTextOption option = textinput_->document()->defaultTextOption();
@@ -439,7 +422,7 @@ void TXTFORM::Command4_Click()
         initial = previewFont(QStringLiteral("Arial"), 11.75, false, false, false, false);
     }
 
-    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, plain(msgOr(9, "Fonts")));
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, plain(G().texts.msgOr(9, "Fonts")));
     if (!chosen) return;
     QFont f = *chosen;
     const double points = std::clamp(pointsOf(f), kMinPoints, kMaxPoints);
@@ -473,9 +456,9 @@ void TXTFORM::ForeColor_Click()
 {
     auto& g = G();
     const std::optional<QColor> c =
-        pf::services().colors->chooseColor(qColor(fore_), plain(foreColor_->text()));
+        pf::services().colors->chooseColor(jk::winColor(fore_), plain(foreColor_->text()));
     if (!c || !c->isValid()) return;
-    fore_ = winColor(*c);
+    fore_ = jk::toWinColor(*c);
     if (spine_) {
         g.spineFont.foreColor = fore_;
     } else if (jk::TextRecord* r = record(false)) {
@@ -513,9 +496,9 @@ void TXTFORM::Option2_Click()
     updatePreview();
 
     const std::optional<QColor> c =
-        pf::services().colors->chooseColor(qColor(back_), plain(msgOr(17, "Colors")));
+        pf::services().colors->chooseColor(jk::winColor(back_), plain(G().texts.msgOr(17, "Colors")));
     if (!c || !c->isValid()) return;
-    back_ = winColor(*c);
+    back_ = jk::toWinColor(*c);
     if (spine_) {
         if (g.textDestination == 2) g.spineFont.backColor = back_;
     } else if (r) {
@@ -548,7 +531,7 @@ void TXTFORM::Fopen_Click()
 {
     const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
     const QString path =
-        pf::services().files->openFile(plain(msgOr(23, "Open")), folder, QString::fromLatin1(kTextFilter));
+        pf::services().files->openFile(plain(G().texts.msgOr(23, "Open")), folder, QString::fromLatin1(kTextFilter));
     if (path.isEmpty()) return;
     lastFolder() = QFileInfo(path).absolutePath();
     QString text, error;
@@ -562,7 +545,7 @@ void TXTFORM::Fopen_Click()
 void TXTFORM::Fsave_Click()
 {
     const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
-    const QString path = pf::services().files->saveFile(plain(msgOr(24, "Save")), folder,
+    const QString path = pf::services().files->saveFile(plain(G().texts.msgOr(24, "Save")), folder,
                                                         QString::fromLatin1(kTextFilter), QStringLiteral("txt"));
     if (path.isEmpty()) return;
     lastFolder() = QFileInfo(path).absolutePath();
@@ -572,7 +555,7 @@ void TXTFORM::Fsave_Click()
 
 void TXTFORM::showError(const QString& text)
 {
-    pf::services().messages->show(text, msgOr(27, "Jewelcase Studio"), pf::Icon::Warning);
+    pf::services().messages->show(text, G().texts.msgOr(27, "Jewelcase Studio"), pf::Icon::Warning);
 }
 
 bool TXTFORM::readTextFile(const QString& path, QString* text, QString* error)

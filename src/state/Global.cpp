@@ -24,6 +24,18 @@ void Global::createTables(TableSizing when)
     backgrounds.fill(BackgroundRecord{});
 }
 
+QString Texts::msgOr(int i, const char* fallback) const
+{
+    const QString& s = msg(i);
+    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
+}
+
+QString Texts::tipOr(int i, const char* fallback) const
+{
+    const QString& s = toolTips.at(std::size_t(i));
+    return s.isEmpty() ? QString::fromUtf8(fallback) : s;
+}
+
 void Global::resetProject()
 {
     spineText.clear();

@@ -20,6 +20,9 @@ struct Texts {
     std::array<QString, 3> extraCaptions; // PREVIEW, ScanSel, PICSELECT.Scanner
 
     const QString& msg(int i) const { return messages.at(std::size_t(i)); }
+    // The text, or the built-in caption while the message file lacks it.
+    QString msgOr(int i, const char* fallback) const;
+    QString tipOr(int i, const char* fallback) const;
 };
 
 // Capacities of the record tables at the three moments they are created.
