@@ -3,6 +3,7 @@
 #include "sheet/SheetObjects.h"
 #include "state/Colors.h"
 #include "state/Global.h"
+#include "state/MessageFile.h"
 #include "state/Numbering.h"
 #include <QAction>
 #include <QCheckBox>
@@ -27,14 +28,6 @@ namespace {
 const QString kFilter = QStringLiteral("Text files (*.txt);;All files (*)");
 // Point sizes a field may carry, so it never outgrows its 16-bit twips.
 constexpr double kMinPoints = 4, kMaxPoints = 200;
-
-// A caption as a dialog title: no accelerator, no trailing dots.
-QString plain(QString s)
-{
-    s.remove(u'&');
-    while (s.endsWith(u'.')) s.chop(1);
-    return s.trimmed();
-}
 
 QFont previewFont(const jk::TextStyle& s)
 {
@@ -334,7 +327,7 @@ void FieldSel::Option6_Click()
     jk::TextStyle* s = style();
     const bool had = s && s->backStyle == 1;
     const QColor initial = had ? jk::winColor(s->backColor) : QColor(Qt::white);
-    const std::optional<QColor> c = pf::services().colors->chooseColor(initial, plain(option6_->text()));
+    const std::optional<QColor> c = pf::services().colors->chooseColor(initial, jk::plainCaption(option6_->text()));
     if (c && c->isValid()) {
         if (s) {
             s->backStyle = 1;
@@ -363,7 +356,7 @@ void FieldSel::Command1_Click()
 {
     QFont initial = font_.value_or(QFont(QStringLiteral("Arial")));
     if (!font_) initial.setPointSizeF(11.75);
-    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, plain(G().texts.msgOr(9, "Fonts")));
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, jk::plainCaption(G().texts.msgOr(9, "Fonts")));
     if (!chosen) return;
     QFont f = *chosen;
     f.setPointSizeF(std::clamp(pointsOf(f), kMinPoints, kMaxPoints));
@@ -373,7 +366,7 @@ void FieldSel::Command1_Click()
 
 void FieldSel::ForeColor_Click()
 {
-    const std::optional<QColor> c = pf::services().colors->chooseColor(jk::winColor(fore_), plain(foreColor_->text()));
+    const std::optional<QColor> c = pf::services().colors->chooseColor(jk::winColor(fore_), jk::plainCaption(foreColor_->text()));
     if (!c || !c->isValid()) return;
     fore_ = jk::toWinColor(*c);
     foreChosen_ = true;
@@ -384,7 +377,7 @@ void FieldSel::Fopen_Click()
 {
     if (numeric_) return;
     const QString folder = valueFile_.isEmpty() ? G().projectFolder : QFileInfo(valueFile_).absolutePath();
-    const QString path = pf::services().files->openFile(plain(fopen_->text()), folder, kFilter);
+    const QString path = pf::services().files->openFile(jk::plainCaption(fopen_->text()), folder, kFilter);
     if (path.isEmpty()) return;
     const QFileInfo info(path);
     const jk::ValueList list = jk::readValueList(path);
@@ -404,7 +397,7 @@ void FieldSel::Fsave_Click()
 {
     if (numeric_) return;
     const QString folder = valueFile_.isEmpty() ? G().projectFolder : valueFile_;
-    const QString path = pf::services().files->saveFile(plain(fsave_->text()), folder, kFilter, QStringLiteral("txt"));
+    const QString path = pf::services().files->saveFile(jk::plainCaption(fsave_->text()), folder, kFilter, QStringLiteral("txt"));
     if (path.isEmpty()) return;
     QString error;
     if (!jk::writeFieldValues(path, typedValues(), &error)) {

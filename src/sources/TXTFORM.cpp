@@ -33,14 +33,6 @@ const QString kNoText = QStringLiteral("ZILCH");
 constexpr jk::i32 kWhite = 0xFFFFFF;
 
 // Colours are kept as Windows values (red in the low byte); Qt sees QColor.
-// A caption as a dialog title: no accelerator, no trailing dots.
-QString plain(QString s)
-{
-    s.remove(u'&');
-    while (s.endsWith(u'.')) s.chop(1);
-    return s.trimmed();
-}
-
 QFont previewFont(const QString& name, double points, bool bold, bool italic, bool underline,
                   bool strike)
 {
@@ -422,7 +414,7 @@ void TXTFORM::Command4_Click()
         initial = previewFont(QStringLiteral("Arial"), 11.75, false, false, false, false);
     }
 
-    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, plain(G().texts.msgOr(9, "Fonts")));
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, jk::plainCaption(G().texts.msgOr(9, "Fonts")));
     if (!chosen) return;
     QFont f = *chosen;
     const double points = std::clamp(pointsOf(f), kMinPoints, kMaxPoints);
@@ -456,7 +448,7 @@ void TXTFORM::ForeColor_Click()
 {
     auto& g = G();
     const std::optional<QColor> c =
-        pf::services().colors->chooseColor(jk::winColor(fore_), plain(foreColor_->text()));
+        pf::services().colors->chooseColor(jk::winColor(fore_), jk::plainCaption(foreColor_->text()));
     if (!c || !c->isValid()) return;
     fore_ = jk::toWinColor(*c);
     if (spine_) {
@@ -496,7 +488,7 @@ void TXTFORM::Option2_Click()
     updatePreview();
 
     const std::optional<QColor> c =
-        pf::services().colors->chooseColor(jk::winColor(back_), plain(G().texts.msgOr(17, "Colors")));
+        pf::services().colors->chooseColor(jk::winColor(back_), jk::plainCaption(G().texts.msgOr(17, "Colors")));
     if (!c || !c->isValid()) return;
     back_ = jk::toWinColor(*c);
     if (spine_) {
@@ -531,7 +523,7 @@ void TXTFORM::Fopen_Click()
 {
     const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
     const QString path =
-        pf::services().files->openFile(plain(G().texts.msgOr(23, "Open")), folder, QString::fromLatin1(kTextFilter));
+        pf::services().files->openFile(jk::plainCaption(G().texts.msgOr(23, "Open")), folder, QString::fromLatin1(kTextFilter));
     if (path.isEmpty()) return;
     lastFolder() = QFileInfo(path).absolutePath();
     QString text, error;
@@ -545,7 +537,7 @@ void TXTFORM::Fopen_Click()
 void TXTFORM::Fsave_Click()
 {
     const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
-    const QString path = pf::services().files->saveFile(plain(G().texts.msgOr(24, "Save")), folder,
+    const QString path = pf::services().files->saveFile(jk::plainCaption(G().texts.msgOr(24, "Save")), folder,
                                                         QString::fromLatin1(kTextFilter), QStringLiteral("txt"));
     if (path.isEmpty()) return;
     lastFolder() = QFileInfo(path).absolutePath();

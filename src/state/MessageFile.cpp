@@ -110,4 +110,11 @@ Texts loadMessageFile(const QString& path)
     return textsFromEntries(readListItems(f.read(kMaxMessageFileBytes), kMessageFileEntries));
 }
 
+QString plainCaption(QString caption)
+{
+    caption.remove(u'&');
+    while (caption.endsWith(u'.')) caption.chop(1);
+    return caption.trimmed();
+}
+
 }  // namespace jk

@@ -29,5 +29,7 @@ QString menuCaption(const Texts& t, const QString& control);
 // The control names that take the 55 menu captions, in file order (shared
 // captions list the first name only).
 const QStringList& menuCaptionOrder();
+// A caption used as a dialog title: no accelerator, no trailing dots.
+QString plainCaption(QString caption);
 
 }  // namespace jk
