@@ -2,9 +2,9 @@
 // pixels restored from the record tables, then painted at real size. The
 // first paint decodes each picture once; later paints use the copies kept
 // at screen size. Run offscreen: QT_QPA_PLATFORM=offscreen ./bench_objects
-#include "sheet/PictFold.h"
-#include "sheet/SheetRenderer.h"
-#include "state/Global.h"
+#include "ui/sheet/SheetWindow.h"
+#include "render/SheetRenderer.h"
+#include "model/Global.h"
 #include <QApplication>
 #include <QLinearGradient>
 #include <QPainter>
@@ -64,7 +64,7 @@ void fillTables(const QStringList& files)
         r.text = QStringLiteral("Track %1 - a title of some length").arg(i + 1);
         r.style.fontName = QString::fromLatin1(fonts[i % 4]);
         r.style.fontSize = jk::i16(8 + i % 6);
-        r.style.bold = jk::flag(i % 2);
+        r.style.bold = (i % 2);
         r.style.foreColor = i * 2621;
         r.style.backStyle = jk::i16(i % 3 == 0);
         r.style.backColor = 0xeeeeee;
@@ -87,11 +87,11 @@ Fixture& fixture()
     return f;
 }
 
-std::unique_ptr<PictFold> openSheet()
+std::unique_ptr<SheetWindow> openSheet()
 {
     G().pendingFormat = jk::FmtSimple;
-    auto sheet = std::make_unique<PictFold>(nullptr);
-    sheet->Form_Load();
+    auto sheet = std::make_unique<SheetWindow>(nullptr);
+    sheet->initialise();
     return sheet;
 }
 
@@ -134,10 +134,10 @@ static void BM_NudgeAndRepaint(benchmark::State& state)
     auto sheet = openSheet();
     sheet->canvas()->grab();
     sheet->objectPress({sh::ObjKind::Text, 50}, {});
-    G().moveMode = jk::kTrue;
+    G().moveMode = true;
     bool right = true;
     for (auto _ : state) {
-        right ? sheet->rgone() : sheet->ltone();
+        right ? sheet->stepRight() : sheet->stepLeft();
         right = !right;
         benchmark::DoNotOptimize(sheet->canvas()->grab());
     }

@@ -1,13 +1,13 @@
 // From "open" to every sheet window shown and painted, for a full project:
 // 100 free text blocks, 50 text-page blocks, 50 pictures (800 x 600 JPEG),
 // 50 character fields and 50 numeric fields on four sheets. Runs offscreen.
-#include "app/MDIForm1.h"
+#include "ui/mainwindow/MainWindow.h"
 #include "app/Startup.h"
 #include "platform/FakeServices.h"
 #include "platform/Pictures.h"
-#include "project/ProjectFile.h"
-#include "sheet/SheetRenderer.h"
-#include "state/Global.h"
+#include "file/ProjectFile.h"
+#include "render/SheetRenderer.h"
+#include "model/Global.h"
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -27,7 +27,7 @@ jk::TextStyle style(int i)
     jk::TextStyle s;
     s.fontName = i % 2 ? QStringLiteral("Arial") : QStringLiteral("Times New Roman");
     s.fontSize = jk::i16(8 + i % 10);
-    s.bold = jk::flag(i % 3 == 0);
+    s.bold = (i % 3 == 0);
     s.foreColor = i * 4099;
     s.top = jk::i16(40 * i);
     s.left = jk::i16(25 * i);
@@ -71,15 +71,15 @@ void BM_OpenToSheetsShown(benchmark::State& state)
     FakeServices fake;
     fake.install();
     jk::sheet::setImageLoader([](const QString& p) { return jk::platform::loadPicture(p); });
-    MDIForm1 w;
-    Form_Load(w, QString());
+    MainWindow w;
+    startUp(w, QString());
     const QString path = makeProject(QDir(dir.path()));
     for (auto _ : state) {
         // Every open starts cold, as after starting the program.
         jk::sheet::clearPictureCache();
-        jk::G().projectModified = jk::kFalse;
+        jk::G().projectModified = false;
         jk::G().projectFilePath = path;
-        w.Ouvrir_Fichier();
+        w.openProject();
         for (QMdiSubWindow* s : w.mdiArea()->subWindowList()) s->widget()->repaint();
         QCoreApplication::processEvents();
     }

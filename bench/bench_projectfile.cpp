@@ -1,8 +1,8 @@
 // The project file with a full project: 100 free text blocks, 50 text-page
 // blocks, 50 pictures, 50 character fields and 50 numeric fields on five
 // sheets. Measures the writer (bytes and the atomic save) and the reader.
-#include "project/ProjectFile.h"
-#include "state/Global.h"
+#include "file/ProjectFile.h"
+#include "model/Global.h"
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -17,7 +17,7 @@ jk::TextStyle style(int i)
     jk::TextStyle s;
     s.fontName = i % 2 ? QStringLiteral("Arial") : QStringLiteral("Times New Roman");
     s.fontSize = jk::i16(8 + i % 10);
-    s.bold = jk::flag(i % 3 == 0);
+    s.bold = (i % 3 == 0);
     s.foreColor = i * 4099;
     s.backColor = 16777215;
     s.alignment = jk::i16(i % 3);
@@ -37,7 +37,7 @@ void fillFullProject(const QDir& dir)
     g.sheetComposition = 31 - 16;  // Simple, Double, Inside, CD ROM
     g.spineText = QStringLiteral("The complete collection, volume 3");
     g.spineFont.name = QStringLiteral("Arial");
-    for (jk::i16 code : kSheets) g.backgrounds[std::size_t(code)] = {code, QStringLiteral("~%1").arg(code * 1000)};
+    for (jk::i16 code : kSheets) g.backgrounds[std::size_t(code)] = {QStringLiteral("~%1").arg(code * 1000)};
 
     const QString values = dir.filePath(QStringLiteral("names.txt"));
     QFile v(values);

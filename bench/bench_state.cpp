@@ -1,8 +1,8 @@
 // Start-up work that does not need a window: reading the message file, the
 // settings and checking the font cache.
-#include "state/FontCache.h"
-#include "state/MessageFile.h"
-#include "state/Settings.h"
+#include "file/FontCache.h"
+#include "file/MessageFile.h"
+#include "file/Settings.h"
 #include <QDir>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>

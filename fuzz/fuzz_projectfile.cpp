@@ -6,8 +6,8 @@
 //    is linked to the spine, whose rule adds a blank to the spine text on
 //    every open).
 // And a reader never shows more than its capped number of messages.
-#include "project/ProjectFile.h"
-#include "state/Global.h"
+#include "file/ProjectFile.h"
+#include "model/Global.h"
 #include <QBuffer>
 #include <cstdio>
 #include <cstdlib>

@@ -1,16 +1,16 @@
 #include "app/Startup.h"
-#include "app/Form2.h"
-#include "app/MDIForm1.h"
+#include "app/SplashWindow.h"
+#include "ui/mainwindow/MainWindow.h"
 #include "platform/Pictures.h"
 #include "platform/Services.h"
-#include "sheet/PictFold.h"
-#include "sheet/SheetRenderer.h"
-#include "sources/PICSELECT.h"
-#include "sources/TXTFORM.h"
-#include "state/Global.h"
-#include "state/Paths.h"
-#include "state/Procedures.h"
-#include "state/Settings.h"
+#include "ui/sheet/SheetWindow.h"
+#include "render/SheetRenderer.h"
+#include "ui/dialogs/PictureDialog.h"
+#include "ui/dialogs/TextBlockDialog.h"
+#include "model/Global.h"
+#include "file/Paths.h"
+#include "model/Procedures.h"
+#include "file/Settings.h"
 #include <QAction>
 #include <QGuiApplication>
 #include <QPointer>
@@ -20,7 +20,7 @@
 using jk::G;
 namespace pf = jk::platform;
 
-qint64 Form_Load(MDIForm1& w, const QString& commandLineProject)
+qint64 startUp(MainWindow& w, const QString& commandLineProject)
 {
     qint64 waited = 0;
     jk::Global& g = G();
@@ -35,8 +35,8 @@ qint64 Form_Load(MDIForm1& w, const QString& commandLineProject)
     g.appDir = jk::paths::dataDir();
     g.fontListPath = jk::paths::fontListFile();
     g.settingsPath = jk::paths::settingsFile();
-    g.moveMode = g.resizeMode = g.pictureChangeRequest = jk::kFalse;
-    g.sheetActive = jk::kTrue;
+    g.moveMode = g.resizeMode = g.pictureChangeRequest = false;
+    g.sheetActive = true;
     g.printerAvailable = 1;
     jk::printerAvailabilityRule();
 
@@ -58,9 +58,9 @@ qint64 Form_Load(MDIForm1& w, const QString& commandLineProject)
     {
         auto* clock = pf::services().clock;
         const QDateTime started = clock ? clock->now() : QDateTime::currentDateTime();
-        Form2 splash;
+        SplashWindow splash;
         splash.show();
-        splash.Form_Load();
+        splash.loadTexts();
         if (clock) {
             const qint64 left = 2000 - started.msecsTo(clock->now());
             if (left > 0) clock->pause(int(left));
@@ -72,19 +72,19 @@ qint64 Form_Load(MDIForm1& w, const QString& commandLineProject)
     if (QScreen* screen = QGuiApplication::primaryScreen()) {
         constexpr int kTwipsPerPixel = 15;
         if (screen->geometry().width() * kTwipsPerPixel < 12000)
-            if (auto* m = pf::services().messages) m->show(g.texts.msg(36), g.texts.msg(27), pf::Icon::Information);
+            if (auto* m = pf::services().messages) m->show(g.texts.msg(jk::Msg::ScreenTooNarrow), g.texts.msg(jk::Msg::ProgramTitle), pf::Icon::Information);
     }
 
     g.pageFlag = 1;
     g.pageRequest = 1;
-    g.projectModified = jk::kFalse;
+    g.projectModified = false;
     g.nudgeStep = 40;
 
     w.showMaximized();
     w.button("SSCommand2")->setEnabled(false);
 
     // Opening the command-line project and the new-project command follow
-    // once the window is shown (MDIForm1::startProject).
+    // once the window is shown (MainWindow::startProject).
     Q_UNUSED(commandLineProject);
     return waited;
 }
@@ -92,7 +92,7 @@ qint64 Form_Load(MDIForm1& w, const QString& commandLineProject)
 void installDialogs(QWidget* parent)
 {
     QPointer<QWidget> owner(parent);
-    PictFold::textDialog = [owner] { TXTFORM::run(owner); };
-    PictFold::pictureDialog = [owner] { PICSELECT::run(owner); };
+    SheetWindow::textDialog = [owner] { TextBlockDialog::run(owner); };
+    SheetWindow::pictureDialog = [owner] { PictureDialog::run(owner); };
     jk::sheet::setImageLoader([](const QString& path) { return jk::platform::loadPicture(path); });
 }

@@ -1,11 +1,11 @@
-#include "app/MDIForm1.h"
+#include "ui/mainwindow/MainWindow.h"
 #include "app/Startup.h"
 #include "platform/Pictures.h"
-#include "platform/RealServices.h"
-#include "project/Export.h"
-#include "sheet/SheetRenderer.h"
+#include "ui/widgets/RealServices.h"
+#include "output/Export.h"
+#include "render/SheetRenderer.h"
 #include "platform/SingleInstance.h"
-#include "state/Paths.h"
+#include "file/Paths.h"
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFont>
@@ -66,11 +66,11 @@ int main(int argc, char* argv[])
     RealServices services;
     jk::platform::install(services.services());
 
-    MDIForm1 w;
+    MainWindow w;
     installDialogs(&w);
     const QStringList args = parser.positionalArguments();
     const QString project = args.isEmpty() ? QString() : args.first();
-    const qint64 waited = Form_Load(w, project);
+    const qint64 waited = startUp(w, project);
     if (qEnvironmentVariableIsSet("JEWLKIT_STARTUP_BENCH")) {
         // bench/startup.sh: stop once the main window is on screen.
         QCoreApplication::processEvents();

@@ -1,6 +1,6 @@
 #include "platform/FakeServices.h"
-#include "platform/HelpWindow.h"
-#include "platform/RealServices.h"
+#include "ui/widgets/HelpWindow.h"
+#include "ui/widgets/RealServices.h"
 #include "platform/SingleInstance.h"
 #include <QElapsedTimer>
 #include <QFile>

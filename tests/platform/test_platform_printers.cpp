@@ -1,7 +1,7 @@
 // The real printers service against whatever CUPS the wrapper set up:
 // none at all, or a private cupsd with two cups-pdf queues (see
 // with_private_cupsd.sh).
-#include "platform/RealServices.h"
+#include "ui/widgets/RealServices.h"
 #include <QElapsedTimer>
 #include <QPrinterInfo>
 #include <QProcess>

@@ -1,0 +1,161 @@
+#include "platform/SystemServices.h"
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QPrinterInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTimer>
+#include <cups/cups.h>
+
+namespace pf = jk::platform;
+
+namespace {
+
+class Clock final : public pf::IClock {
+public:
+    QDateTime now() override { return QDateTime::currentDateTime(); }
+
+    void pause(int ms) override
+    {
+        if (ms <= 0) {
+            QCoreApplication::processEvents();
+            return;
+        }
+        QEventLoop loop;
+        QTimer::singleShot(ms, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+};
+
+class Printers final : public pf::IPrinters {
+public:
+    QStringList printers() override { return QPrinterInfo::availablePrinterNames(); }
+    QString defaultPrinter() override { return QPrinterInfo::defaultPrinterName(); }
+
+    bool setDefaultPrinter(const QString& name, QString* error) override
+    {
+        auto fail = [error](const QString& why) {
+            if (error) *error = why;
+            return false;
+        };
+        if (name.isEmpty()) return fail(QStringLiteral("No printer named."));
+        // Qt names instances "queue/instance", as lpoptions does.
+        const QByteArray queue = name.section(u'/', 0, 0).toUtf8();
+        const QByteArray instance = name.section(u'/', 1).toUtf8();
+
+        cups_dest_t* dests = nullptr;
+        const int count = cupsGetDests(&dests);
+        cups_dest_t* dest =
+            cupsGetDest(queue.constData(), instance.isEmpty() ? nullptr : instance.constData(), count, dests);
+        if (!dest) {
+            cupsFreeDests(count, dests);
+            return fail(QStringLiteral("The printer \"%1\" is not known.").arg(name));
+        }
+        // What lpoptions -d does: the chosen destination alone is the default.
+        for (int i = 0; i < count; ++i) dests[i].is_default = 0;
+        dest->is_default = 1;
+        const int rc = cupsSetDests2(CUPS_HTTP_DEFAULT, count, dests);
+        cupsFreeDests(count, dests);
+        if (rc != 0) {
+            return fail(QStringLiteral("The default printer could not be saved: %1")
+                            .arg(QString::fromUtf8(cupsLastErrorString())));
+        }
+        return true;
+    }
+};
+
+class Programs final : public pf::IPrograms {
+public:
+    bool exists(const QString& program) override
+    {
+        if (program.isEmpty()) return false;
+        if (program.contains(u'/')) {
+            const QFileInfo fi(program);
+            return fi.isFile() && fi.isExecutable();
+        }
+        return !QStandardPaths::findExecutable(program).isEmpty();
+    }
+
+    bool start(const QString& program, const QStringList& args, QString* error) override
+    {
+        if (!exists(program)) return fail(error, notFound(program));
+        QProcess p;
+        p.setProgram(program);
+        p.setArguments(args);
+        if (p.startDetached()) return true;
+        return fail(error, cannotStart(program, p.errorString()));
+    }
+
+    bool runAndWait(const QString& program, const QStringList& args, QString* error) override
+    {
+        if (!exists(program)) return fail(error, notFound(program));
+        QProcess p;
+        p.setProcessChannelMode(QProcess::ForwardedChannels);
+        QEventLoop loop;
+        QObject::connect(&p, &QProcess::finished, &loop, &QEventLoop::quit);
+        QObject::connect(&p, &QProcess::errorOccurred, &loop, [&](QProcess::ProcessError e) {
+            if (e == QProcess::FailedToStart) loop.quit();
+        });
+        p.start(program, args);
+        // A failure to start may be reported before the loop runs.
+        if (p.state() != QProcess::NotRunning) loop.exec();
+        if (p.error() == QProcess::FailedToStart) return fail(error, cannotStart(program, p.errorString()));
+        if (p.exitStatus() == QProcess::CrashExit)
+            return fail(error, QStringLiteral("%1 ended abnormally.").arg(program));
+        return true;
+    }
+
+private:
+    static bool fail(QString* error, const QString& why)
+    {
+        if (error) *error = why;
+        return false;
+    }
+    static QString notFound(const QString& program)
+    {
+        return QStringLiteral("The program %1 was not found.").arg(program);
+    }
+    static QString cannotStart(const QString& program, const QString& why)
+    {
+        return QStringLiteral("The program %1 could not be started: %2").arg(program, why);
+    }
+};
+
+class Desktop final : public pf::IDesktop {
+public:
+    bool openUrl(const QUrl& url) override { return QDesktopServices::openUrl(url); }
+};
+
+}  // namespace
+
+struct pf::SystemServices::Impl {
+    Clock clock;
+    Printers printers;
+    Programs programs;
+    Desktop desktop;
+};
+
+pf::SystemServices::SystemServices() : d(std::make_unique<Impl>()) {}
+
+pf::SystemServices::~SystemServices()
+{
+    // Never leave the installed services pointing at freed objects.
+    if (services().clock == &d->clock) {
+        Services s = services();
+        s.clock = nullptr;
+        s.printers = nullptr;
+        s.programs = nullptr;
+        s.desktop = nullptr;
+        install(s);
+    }
+}
+
+void pf::SystemServices::fill(Services& s) const
+{
+    s.clock = &d->clock;
+    s.printers = &d->printers;
+    s.programs = &d->programs;
+    s.desktop = &d->desktop;
+}

@@ -1,1 +1,0 @@
-#include "state/Records.h"

@@ -1,0 +1,245 @@
+#include "ui/dialogs/PictureDialog.h"
+#include "ui/widgets/DriveFolderFile.h"
+#include "platform/Pictures.h"
+#include "platform/Services.h"
+#include "model/Colors.h"
+#include "model/Global.h"
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QPushButton>
+#include <QThreadPool>
+#include <QVBoxLayout>
+
+using jk::G;
+
+namespace {
+
+// The captions come from the message table; its design-time text stands in
+// for an entry the message file left empty.
+QString caption(const QString& fromTable, const char* fallback)
+{
+    return fromTable.isEmpty() ? QString::fromLatin1(fallback) : fromTable;
+}
+
+// The preview never needs more than this many pixels a side: a big picture is
+// scaled down on the worker thread, so the dialog holds and paints little.
+constexpr int kPreviewMaxSide = 1600;
+
+}  // namespace
+
+// ----------------------------------------------------------- PicturePreview
+
+PicturePreview::PicturePreview(QWidget* parent) : QFrame(parent)
+{
+    setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    setMinimumSize(240, 180);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+void PicturePreview::setPicture(const QImage& picture)
+{
+    picture_ = picture;
+    scaled_ = QPixmap();
+    note_.clear();
+    update();
+}
+
+void PicturePreview::setColor(const QColor& color)
+{
+    color_ = color;
+    update();
+}
+
+void PicturePreview::setNote(const QString& note)
+{
+    note_ = note;
+    update();
+}
+
+void PicturePreview::clear()
+{
+    picture_ = QImage();
+    scaled_ = QPixmap();
+    color_ = QColor();
+    note_.clear();
+    update();
+}
+
+void PicturePreview::resizeEvent(QResizeEvent* e)
+{
+    scaled_ = QPixmap();
+    QFrame::resizeEvent(e);
+}
+
+void PicturePreview::paintEvent(QPaintEvent* e)
+{
+    QFrame::paintEvent(e);
+    QPainter p(this);
+    const QRect box = contentsRect();
+    p.fillRect(box, color_.isValid() ? color_ : palette().color(QPalette::Base));
+    if (!picture_.isNull()) {
+        if (scaled_.isNull())  // made again after a resize
+            scaled_ = QPixmap::fromImage(picture_.scaled(box.size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+        QRect where(QPoint(), scaled_.size());
+        where.moveCenter(box.center());
+        p.drawPixmap(where, scaled_);
+    } else if (!note_.isEmpty()) {
+        p.setPen(palette().color(QPalette::PlaceholderText));
+        p.drawText(box.adjusted(12, 12, -12, -12), Qt::AlignCenter | Qt::TextWordWrap, note_);
+    }
+}
+
+// ---------------------------------------------------------------- PictureDialog
+
+PictureDialog::PictureDialog(QWidget* parent) : QDialog(parent)
+{
+    const jk::Texts& t = G().texts;
+    setObjectName("PICSELECT");
+    setWindowTitle(QStringLiteral("PICTURE SELECTOR"));
+
+    trio_ = new DriveFolderFileTrio(this);
+    trio_->setMinimumSize(360, 300);
+    ImageMan1 = new PicturePreview(this);
+    ImageMan1->setObjectName("ImageMan1");
+
+    Command1 = new QPushButton(caption(t.msg(jk::Msg::SelectButton), "Select"), this);
+    Command1->setObjectName("Command1");
+    Command1->setDefault(true);
+    Command2 = new QPushButton(caption(t.msg(jk::Msg::Cancel), "Cancel"), this);
+    Command2->setObjectName("Command2");
+    Command3 = new QPushButton(caption(t.msg(jk::Msg::ColorButton), "Color"), this);
+    Command3->setObjectName("Command3");
+    Scanner = new QPushButton(caption(t.extraCaptions[2], "Scanner"), this);
+    Scanner->setObjectName("Scanner");
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(Command1);
+    buttons->addWidget(Command3);
+    buttons->addWidget(Scanner);
+    buttons->addStretch(1);
+    buttons->addWidget(Command2);
+    auto* right = new QVBoxLayout;
+    right->addWidget(ImageMan1, 1);
+    right->addLayout(buttons);
+    auto* top = new QHBoxLayout(this);
+    top->addWidget(trio_, 3);
+    top->addLayout(right, 2);
+    resize(820, 400);
+
+    updateScannerButton();
+    Command1->setEnabled(false);
+
+    // Start where this kind of picture lives.
+    const jk::Global& g = G();
+    const QString start = g.pictureDialogPurpose == 0   ? g.backgroundFolder
+                          : g.pictureDialogPurpose == 1 ? g.picturesFolder
+                                                        : QString();
+    if (!start.isEmpty()) trio_->setPath(start);
+    trio_->fileList()->setPattern(QString::fromLatin1(jk::platform::kPicturePattern));
+
+    connect(trio_, &DriveFolderFileTrio::fileClicked, this, &PictureDialog::File1_Click);
+    connect(trio_, &DriveFolderFileTrio::fileDoubleClicked, this, [this] {
+        if (Command1->isEnabled()) Command1_Click();
+    });
+    connect(Command1, &QPushButton::clicked, this, &PictureDialog::Command1_Click);
+    connect(Command2, &QPushButton::clicked, this, &PictureDialog::Command2_Click);
+    connect(Command3, &QPushButton::clicked, this, &PictureDialog::Command3_Click);
+}
+
+void PictureDialog::run(QWidget* parent)
+{
+    PictureDialog dlg(parent);
+    dlg.exec();
+}
+
+void PictureDialog::updateScannerButton()
+{
+    constexpr int imageSources = 0;  // no scanning service yet
+    Scanner->setEnabled(imageSources > 0);
+}
+
+void PictureDialog::showEvent(QShowEvent* e)
+{
+    // Shown again, the folder may hold new pictures: list it afresh.
+    trio_->fileList()->setPattern(QString::fromLatin1(jk::platform::kPicturePattern));
+    QDialog::showEvent(e);
+}
+
+void PictureDialog::File1_Click()
+{
+    const QString path = trio_->filePath();
+    if (path.isEmpty()) return;
+    jk::Global& g = G();
+    g.scannerSource = 0;
+    g.chosenPictureFile = path;
+    ImageMan1->clear();
+    ++generation_;
+    waiting_ = path;
+    startPreview();
+    Command1->setEnabled(true);
+}
+
+void PictureDialog::startPreview()
+{
+    if (decoding_ || waiting_.isEmpty()) return;
+    decoding_ = true;
+    const QString path = std::exchange(waiting_, QString());
+    const quint64 generation = generation_;
+    const QPointer<PictureDialog> self(this);
+    QThreadPool::globalInstance()->start([self, path, generation] {
+        QString error;
+        QImage picture = jk::platform::loadPicture(path, &error);
+        if (picture.width() > kPreviewMaxSide || picture.height() > kPreviewMaxSide)
+            picture = picture.scaled(kPreviewMaxSide, kPreviewMaxSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, path, generation, picture, error] {
+                if (self) self->previewDecoded(generation, path, picture, error);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void PictureDialog::previewDecoded(quint64 generation, const QString& path, const QImage& picture, const QString& error)
+{
+    decoding_ = false;
+    if (generation == generation_) {
+        if (picture.isNull()) ImageMan1->setNote(error);
+        else ImageMan1->setPicture(picture);
+        Q_EMIT previewShown(path);
+    }
+    startPreview();
+}
+
+void PictureDialog::Command1_Click()
+{
+    accept();
+}
+
+void PictureDialog::Command2_Click()
+{
+    reject();
+}
+
+void PictureDialog::reject()
+{
+    G().chosenPictureFile.clear();
+    QDialog::reject();
+}
+
+void PictureDialog::Command3_Click()
+{
+    const QColor initial = ImageMan1->color().isValid() ? ImageMan1->color() : QColor(Qt::white);
+    QString title = Command3->text();
+    title.remove(u'&').remove(QStringLiteral("..."));
+    const std::optional<QColor> chosen = jk::platform::services().colors->chooseColor(initial, title);
+    if (!chosen || !chosen->isValid()) return;
+    // A picture still decoding must not cover the colour when it arrives.
+    ++generation_;
+    waiting_.clear();
+    ImageMan1->clear();
+    ImageMan1->setColor(*chosen);
+    G().chosenPictureFile = u'~' + QString::number(jk::toWinColor(*chosen));
+    Command1->setEnabled(true);
+}

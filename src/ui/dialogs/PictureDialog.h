@@ -1,0 +1,98 @@
+#pragma once
+// The picture dialog: the user picks a picture file (previewed as it is
+// clicked) or a plain colour, for a picture object or a sheet background.
+//
+// Hand-over through jk::G():
+//   in  pictureDialogPurpose  0 start in the background folder, 1 in the
+//                             pictures folder
+//   out chosenPictureFile     the clicked file's full path; "~" and the colour
+//                             as a decimal Windows RGB value (red in the low
+//                             byte); empty after Cancel (or Escape)
+//       scannerSource         0 once a file was clicked
+#include <QColor>
+#include <QDialog>
+#include <QFrame>
+#include <QImage>
+#include <QPixmap>
+#include <QPointer>
+
+class DriveFolderFileTrio;
+class QPushButton;
+
+// The preview (ImageMan1): the picture scaled into the box keeping its
+// proportions, or a plain colour, or a short note when the file cannot be
+// shown.
+class PicturePreview : public QFrame {
+    Q_OBJECT
+public:
+    explicit PicturePreview(QWidget* parent = nullptr);
+
+    void setPicture(const QImage& picture);
+    void setColor(const QColor& color);
+    void setNote(const QString& note);
+    void clear();
+
+    const QImage& picture() const { return picture_; }
+    QColor color() const { return color_; }
+    QString note() const { return note_; }
+
+protected:
+    void paintEvent(QPaintEvent* e) override;
+    void resizeEvent(QResizeEvent* e) override;
+
+private:
+    QImage picture_;
+    QPixmap scaled_;  // the picture at the box's size, made once per size
+    QColor color_;
+    QString note_;
+};
+
+class PictureDialog : public QDialog {
+    Q_OBJECT
+public:
+    explicit PictureDialog(QWidget* parent = nullptr);
+
+    // Creates the dialog, shows it modally and destroys it; the result is in
+    // jk::G().chosenPictureFile afterwards.
+    static void run(QWidget* parent);
+
+    // Enables the Scanner button when an image source exists. There is no
+    // scanning service yet, so it stays disabled.
+    void updateScannerButton();
+
+    void File1_Click();
+    void Command1_Click();  // Select
+    void Command2_Click();  // Cancel
+    void Command3_Click();  // Color
+
+    // Escape and the window's close button cancel like Command2.
+    void reject() override;
+
+    PicturePreview* preview() const { return ImageMan1; }
+    DriveFolderFileTrio* browser() const { return trio_; }
+
+Q_SIGNALS:
+    // A clicked file's preview is on show (its picture, or the note why not).
+    void previewShown(const QString& path);
+
+protected:
+    void showEvent(QShowEvent* e) override;
+
+private:
+    void startPreview();
+    void previewDecoded(quint64 generation, const QString& path, const QImage& picture, const QString& error);
+
+    DriveFolderFileTrio* trio_;
+    PicturePreview* ImageMan1;
+    QPushButton* Command1;
+    QPushButton* Command2;
+    QPushButton* Command3;
+    QPushButton* Scanner;
+
+    // Pictures decode on a worker thread, one at a time; while one decodes
+    // only the latest click waits, so holding an arrow key down in the file
+    // list never queues a backlog.
+    quint64 generation_ = 0;
+    bool decoding_ = false;
+    QString waiting_;
+};

@@ -1,0 +1,42 @@
+#pragma once
+// The PreferencesDialog dialog: the picture editor and the three working folders.
+// Values change only through the browse panel (the edit boxes are never read
+// back); OK stores them in JEWLKIT.INI, Cancel keeps them for this run only.
+#include <QDialog>
+
+class QFrame;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class DriveFolderFileTrio;
+
+class PreferencesDialog : public QDialog {
+    Q_OBJECT
+public:
+    explicit PreferencesDialog(QWidget* parent = nullptr);
+
+    // 0 until an edit box was clicked, then 1 (editor) to 4 (project folder).
+    int browseTarget() const { return target_; }
+
+Q_SIGNALS:
+    // The settings file was written (whether or not the write succeeded).
+    void settingsWritten();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void selectTarget(int target);
+    void openPanel();
+    void acceptPanel();
+    void closePanel();
+    void writeAndClose();
+
+    QLineEdit* text_[4];
+    QPushButton *browse_, *ok_, *cancel_;
+    QFrame* frame_;
+    DriveFolderFileTrio* trio_;
+    int target_ = 0;
+    bool centred_ = false;
+};

@@ -1,0 +1,618 @@
+#include "ui/dialogs/TextBlockDialog.h"
+#include "platform/Services.h"
+#include "model/Colors.h"
+#include "model/Global.h"
+#include "file/MessageFile.h"
+#include <QAction>
+#include <QCheckBox>
+#include <QEvent>
+#include <QFile>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSaveFile>
+#include <QScreen>
+#include <QStringDecoder>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextOption>
+#include <QVBoxLayout>
+#include <cmath>
+
+using jk::G;
+namespace pf = jk::platform;
+
+namespace {
+
+const QString kNoText = QStringLiteral("ZILCH");
+constexpr jk::i32 kWhite = 0xFFFFFF;
+
+// Colours are kept as Windows values (red in the low byte); Qt sees QColor.
+QFont previewFont(const QString& name, double points, bool bold, bool italic, bool underline,
+                  bool strike)
+{
+    QFont f(name);
+    if (name.compare(QLatin1String("Fixedsys"), Qt::CaseInsensitive) == 0)
+        f.setStyleHint(QFont::TypeWriter);
+    f.setPointSizeF(points > 0 ? points : 10);
+    f.setBold(bold);
+    f.setItalic(italic);
+    f.setUnderline(underline);
+    f.setStrikeOut(strike);
+    return f;
+}
+
+QFont editFont() { return previewFont(QStringLiteral("Fixedsys"), 10, false, false, false, false); }
+
+double pointsOf(const QFont& f)
+{
+    if (f.pointSizeF() > 0) return f.pointSizeF();
+    if (f.pixelSize() > 0) return f.pixelSize() * 72.0 / 96.0;
+    return 10;
+}
+
+// Point sizes a text block may carry; what the font dialog gives is kept
+// within them so a block never outgrows the 16-bit twips of its record.
+constexpr double kMinPoints = 4, kMaxPoints = 200;
+
+// Windows-1252's characters in 0x80-0x9F; 0 marks the five unused codes.
+constexpr char16_t kCp1252High[32] = {
+    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+
+// The text in Windows-1252 when every character has a code there, else UTF-8.
+QByteArray encodeText(const QString& s)
+{
+    QByteArray out;
+    out.reserve(s.size());
+    for (QChar c : s) {
+        const char16_t u = c.unicode();
+        if (u < 0x80 || (u >= 0xA0 && u <= 0xFF)) {
+            out.append(char(u));
+            continue;
+        }
+        int code = -1;
+        for (int i = 0; i < 32; ++i)
+            if (kCp1252High[i] != 0 && kCp1252High[i] == u) code = 0x80 + i;
+        if (code < 0) return s.toUtf8();
+        out.append(char(code));
+    }
+    return out;
+}
+
+QString decodeFile(const QByteArray& data)
+{
+    // UTF-16 is only recognised by its byte-order mark.
+    if (data.startsWith("\xFF\xFE")) return QStringDecoder(QStringDecoder::Utf16LE).decode(data.mid(2));
+    if (data.startsWith("\xFE\xFF")) return QStringDecoder(QStringDecoder::Utf16BE).decode(data.mid(2));
+    return jk::decodeText(data);
+}
+
+}  // namespace
+
+TextBlockDialog::TextBlockDialog(QWidget* parent) : QDialog(parent)
+{
+    setObjectName("TXTFORM");
+    setWindowTitle(G().texts.msgOr(jk::Msg::EnterText, "Enter your text"));
+
+    menuBar_ = new QMenuBar(this);
+    txtFile_ = menuBar_->addMenu(G().texts.msgOr(jk::Msg::FileMenu, "&File"));
+    txtFile_->setObjectName("TXTFILE");
+    fopen_ = txtFile_->addAction(G().texts.msgOr(jk::Msg::OpenMenu, "&Open"));
+    fopen_->setObjectName("Fopen");
+    fsave_ = txtFile_->addAction(G().texts.msgOr(jk::Msg::SaveMenu, "&Save"));
+    fsave_->setObjectName("Fsave");
+
+    frame2_ = new QGroupBox(G().texts.msgOr(jk::Msg::Text, "Text"), this);
+    frame2_->setObjectName("Frame2");
+    textinput_ = new QPlainTextEdit(frame2_);
+    textinput_->setObjectName("Textinput");
+    textinput_->setFont(editFont());
+    textinput_->setMinimumSize(360, 200);
+    auto* textLayout = new QVBoxLayout(frame2_);
+    textLayout->addWidget(textinput_);
+
+    panel_ = new QGroupBox(G().texts.msgOr(jk::Msg::Options, "Options"), this);
+    panel_->setObjectName("SSPanel2");
+    fonts_ = new QPushButton(G().texts.msgOr(jk::Msg::FontButton, "Fonts"), panel_);
+    fonts_->setObjectName("Command4");
+    // The font dialog of this platform has no colour choice, so the text
+    // colour has a button of its own.
+    foreColor_ = new QPushButton(tr("Text co&lor..."), panel_);
+    foreColor_->setObjectName("ForeColor");
+
+    frame4_ = new QGroupBox(G().texts.msgOr(jk::Msg::Alignment, "Alignment"), panel_);
+    frame4_->setObjectName("Frame4");
+    lft_ = new QRadioButton(G().texts.tipOr(17, "Left"), frame4_);
+    lft_->setObjectName("Lft");
+    cntr_ = new QRadioButton(G().texts.msgOr(jk::Msg::Center, "Center"), frame4_);
+    cntr_->setObjectName("Cntr");
+    rgt_ = new QRadioButton(G().texts.tipOr(18, "Right"), frame4_);
+    rgt_->setObjectName("Rgt");
+    auto* alignLayout = new QVBoxLayout(frame4_);
+    alignLayout->addWidget(lft_);
+    alignLayout->addWidget(cntr_);
+    alignLayout->addWidget(rgt_);
+
+    frame5_ = new QGroupBox(G().texts.msgOr(jk::Msg::Background, "Background"), panel_);
+    frame5_->setObjectName("Frame5");
+    option1_ = new QRadioButton(G().texts.msgOr(jk::Msg::Transparent, "Transparent"), frame5_);
+    option1_->setObjectName("Option1");
+    option2_ = new QRadioButton(G().texts.msgOr(jk::Msg::SolidColor, "Colors"), frame5_);
+    option2_->setObjectName("Option2");
+    option2_->installEventFilter(this);
+    auto* backLayout = new QVBoxLayout(frame5_);
+    backLayout->addWidget(option1_);
+    backLayout->addWidget(option2_);
+
+    check1_ = new QCheckBox(G().texts.msgOr(jk::Msg::Border, "Border"), panel_);
+    check1_->setObjectName("Check1");
+
+    auto* panelLayout = new QVBoxLayout(panel_);
+    panelLayout->addWidget(fonts_);
+    panelLayout->addWidget(foreColor_);
+    panelLayout->addWidget(frame4_);
+    panelLayout->addWidget(frame5_);
+    panelLayout->addWidget(check1_);
+    panelLayout->addStretch(1);
+
+    ok_ = new QPushButton(G().texts.msgOr(jk::Msg::Ok, "OK"), this);
+    ok_->setObjectName("Command1");
+    ok_->setDefault(true);
+    cancel_ = new QPushButton(G().texts.msgOr(jk::Msg::Cancel, "Cancel"), this);
+    cancel_->setObjectName("Command2");
+
+    auto* top = new QHBoxLayout;
+    top->addWidget(frame2_, 1);
+    top->addWidget(panel_);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(ok_);
+    buttons->addWidget(cancel_);
+    auto* layout = new QVBoxLayout(this);
+    layout->setMenuBar(menuBar_);
+    layout->addLayout(top, 1);
+    layout->addLayout(buttons);
+
+    connect(ok_, &QPushButton::clicked, this, &TextBlockDialog::Command1_Click);
+    connect(cancel_, &QPushButton::clicked, this, &TextBlockDialog::Command2_Click);
+    connect(fonts_, &QPushButton::clicked, this, &TextBlockDialog::Command4_Click);
+    connect(foreColor_, &QPushButton::clicked, this, &TextBlockDialog::ForeColor_Click);
+    connect(lft_, &QRadioButton::clicked, this, &TextBlockDialog::Lft_Click);
+    connect(cntr_, &QRadioButton::clicked, this, &TextBlockDialog::Cntr_Click);
+    connect(rgt_, &QRadioButton::clicked, this, &TextBlockDialog::Rgt_Click);
+    connect(option1_, &QRadioButton::clicked, this, &TextBlockDialog::Option1_Click);
+    connect(option2_, &QRadioButton::clicked, this, &TextBlockDialog::Option2_Click);
+    connect(check1_, &QCheckBox::clicked, this, &TextBlockDialog::Check1_Click);
+    connect(fopen_, &QAction::triggered, this, &TextBlockDialog::Fopen_Click);
+    connect(fsave_, &QAction::triggered, this, &TextBlockDialog::Fsave_Click);
+
+    // Remember where an edit went in; textChanged then trims what the spine
+    // strip cannot take (the document must not be edited while it reports).
+    connect(textinput_->document(), &QTextDocument::contentsChange, this,
+            [this](int position, int, int added) {
+                changePos_ = position;
+                changeAdded_ = added;
+            });
+    connect(textinput_, &QPlainTextEdit::textChanged, this, [this] { limitLength(changePos_, changeAdded_); });
+
+    initialise();
+}
+
+void TextBlockDialog::run(QWidget* parent)
+{
+    TextBlockDialog dialog(parent);
+    dialog.exec();
+}
+
+void TextBlockDialog::initialise()
+{
+    auto& g = G();
+    g.listingFlag = false;
+    g.colorChoiceFlag = false;
+    spine_ = g.spineTextMode != 0;
+
+    if (!spine_) {
+        int alignment = 0;
+        if (const jk::TextRecord* r = record(false)) {
+            const jk::TextStyle& s = r->style;
+            fore_ = s.foreColor;
+            back_ = s.backColor;
+            opaque_ = s.backStyle == 1;
+            if (!s.fontName.isEmpty())
+                textinput_->setFont(previewFont(s.fontName, s.fontSize, s.bold != 0, s.italic != 0,
+                                                s.underline != 0, s.strikethru != 0));
+            alignment = s.alignment;
+            check1_->setChecked(s.borderStyle == 1);
+        }
+        (opaque_ ? option2_ : option1_)->setChecked(true);
+        g.alignmentChoice = jk::i16(alignment == 1 || alignment == 2 ? alignment : 0);
+    } else {
+        const jk::Global::SpineFont& sf = g.spineFont;
+        g.pendingText = g.spineText;
+        // The spine has no border, no transparency and no text files.
+        option1_->hide();
+        check1_->hide();
+        txtFile_->menuAction()->setVisible(false);
+        menuBar_->hide();
+        option2_->setChecked(true);
+        fore_ = sf.foreColor;
+        back_ = sf.backColor;
+        opaque_ = true;
+        textinput_->setFont(previewFont(sf.name.isEmpty() ? QStringLiteral("Arial") : sf.name, sf.size,
+                                        sf.bold != 0, sf.italic != 0, sf.underline != 0, sf.strikethru != 0));
+        g.alignmentChoice = 0;
+    }
+    panel_->show();
+    switch (g.alignmentChoice) {
+    case 1: rgt_->setChecked(true); break;
+    case 2: cntr_->setChecked(true); break;
+    default: lft_->setChecked(true); break;
+    }
+    updatePreview();
+
+    // Twips 9765 x 5355 at 15 twips a pixel, centred on the screen.
+    resize(QSize(651, 357).expandedTo(minimumSizeHint()));
+    if (QScreen* s = screen()) {
+        const QRect area = s->geometry();
+        move(area.x() + (area.width() - width()) / 2, area.y() + (area.height() - height()) / 2);
+    }
+
+    if (g.pendingText != kNoText) textinput_->setPlainText(g.pendingText);
+    textinput_->moveCursor(QTextCursor::End);
+    textinput_->setFocus();
+}
+
+jk::TextRecord* TextBlockDialog::record(bool bySelector) const
+{
+    auto& g = G();
+    const bool freeTable = (bySelector ? g.blockSelector : g.pageRequest) == 1;
+    auto& table = freeTable ? g.freeText : g.pageText;
+    return table.valid(g.currentBlock) ? &table.at(g.currentBlock) : nullptr;
+}
+
+void TextBlockDialog::ensureStyled(jk::TextRecord* r) const
+{
+    if (!r || !r->style.fontName.isEmpty()) return;
+    jk::TextStyle& s = r->style;
+    s.fontName = QStringLiteral("Ms Sans Serif");
+    s.fontSize = 10;
+    s.bold = true;
+    s.italic = s.strikethru = 0;
+    s.underline = 0;
+    s.foreColor = 80008;
+    s.backStyle = 0;
+    s.borderStyle = 0;
+    s.backColor = 0;
+}
+
+void TextBlockDialog::updatePreview()
+{
+    QColor base;
+    if (spine_ || opaque_)
+        base = jk::winColor(back_);
+    else
+        // White text on a transparent block would vanish on white.
+        base = jk::winColor(fore_ == kWhite ? 0 : kWhite);
+    QPalette p = textinput_->palette();
+    p.setColor(QPalette::Base, base);
+    p.setColor(QPalette::Text, jk::winColor(fore_));
+    textinput_->setPalette(p);
+
+    QTextOption option = textinput_->document()->defaultTextOption();
+    const int a = G().alignmentChoice;
+    option.setAlignment(a == 1 ? Qt::AlignRight : a == 2 ? Qt::AlignHCenter : Qt::AlignLeft);
+    textinput_->document()->setDefaultTextOption(option);
+}
+
+void TextBlockDialog::limitLength(int position, int added)
+{
+    if (!spine_ || limiting_) return;
+    QTextDocument* doc = textinput_->document();
+    const int length = doc->characterCount() - 1;
+    if (length <= kSpineMaxChars) return;
+    // Drop the end of what was just typed or pasted, as a length-limited box
+    // refuses the keys past its limit.
+    const int end = std::min(position + added, length);
+    int start = std::max(position, end - (length - kSpineMaxChars));
+    if (start >= end) {
+        // The change was no insertion (the text was too long beforehand).
+        return;
+    }
+    limiting_ = true;
+    QTextCursor c(doc);
+    c.setPosition(start);
+    c.setPosition(end, QTextCursor::KeepAnchor);
+    c.removeSelectedText();
+    limiting_ = false;
+}
+
+void TextBlockDialog::Lft_Click()
+{
+    G().alignmentChoice = 0;
+    lft_->setChecked(true);
+    updatePreview();
+}
+
+void TextBlockDialog::Cntr_Click()
+{
+    G().alignmentChoice = 2;
+    cntr_->setChecked(true);
+    updatePreview();
+}
+
+void TextBlockDialog::Rgt_Click()
+{
+    G().alignmentChoice = 1;
+    rgt_->setChecked(true);
+    updatePreview();
+}
+
+void TextBlockDialog::Command1_Click()
+{
+    auto& g = G();
+    QString text = textinput_->toPlainText();
+    text.replace(u'\t', QStringLiteral("        "));
+    g.pendingText = text;
+    g.textAccepted = true;
+    if (!spine_) {
+        if (jk::TextRecord* r = record(false)) {
+            if (g.listingFlag)
+                r->style.fontName = QStringLiteral("Fixedsys");
+            else
+                r->style.alignment = g.alignmentChoice;
+        }
+    }
+    closing_ = true;
+    accept();
+}
+
+void TextBlockDialog::Command2_Click() { reject(); }
+
+void TextBlockDialog::reject()
+{
+    if (!closing_) {
+        auto& g = G();
+        g.textAccepted = false;
+        // The spine caller copies this back whatever the flag says, so a
+        // cancelled spine edit keeps the old spine text.
+        g.pendingText = spine_ ? g.spineText : QString();
+        closing_ = true;
+    }
+    QDialog::reject();
+}
+
+bool TextBlockDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    // Only a button that has had the focus was chosen by the user; the
+    // initial selection must not open the colour choice.
+    if (watched == option2_ && event->type() == QEvent::FocusIn) G().colorChoiceFlag = true;
+    return QDialog::eventFilter(watched, event);
+}
+
+void TextBlockDialog::Command4_Click()
+{
+    auto& g = G();
+    QFont initial;
+    if (spine_) {
+        const jk::Global::SpineFont& sf = g.spineFont;
+        initial = previewFont(sf.name.isEmpty() ? QStringLiteral("Arial") : sf.name, sf.size, sf.bold != 0,
+                              sf.italic != 0, sf.underline != 0, sf.strikethru != 0);
+    } else if (lastFont_) {
+        initial = *lastFont_;
+    } else if (const jk::TextRecord* r = record(false); r && !r->style.fontName.isEmpty()) {
+        const jk::TextStyle& s = r->style;
+        initial = previewFont(s.fontName, s.fontSize, s.bold != 0, s.italic != 0, s.underline != 0,
+                              s.strikethru != 0);
+    } else {
+        initial = previewFont(QStringLiteral("Arial"), 11.75, false, false, false, false);
+    }
+
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, jk::plainCaption(G().texts.msgOr(jk::Msg::FontButton, "Fonts")));
+    if (!chosen) return;
+    QFont f = *chosen;
+    const double points = std::clamp(pointsOf(f), kMinPoints, kMaxPoints);
+    f.setPointSizeF(points);
+    lastFont_ = f;
+    const auto flag = [](bool b) { return b ? true : false; };
+    if (spine_) {
+        jk::Global::SpineFont& sf = g.spineFont;
+        sf.name = f.family();
+        sf.underline = f.underline() ? 1 : 0;
+        sf.italic = f.italic() ? 1 : 0;
+        sf.bold = flag(f.bold());
+        sf.strikethru = f.strikeOut() ? 1 : 0;
+        sf.size = jk::i32(std::lround(points));
+    } else if (jk::TextRecord* r = record(false)) {
+        ensureStyled(r);
+        jk::TextStyle& s = r->style;
+        s.fontName = f.family();
+        s.fontSize = jk::i16(std::lround(points));
+        s.bold = flag(f.bold());
+        s.italic = flag(f.italic());
+        s.strikethru = flag(f.strikeOut());
+        s.underline = flag(f.underline());
+        fore_ = s.foreColor;
+    }
+    textinput_->setFont(f);
+    updatePreview();
+}
+
+void TextBlockDialog::ForeColor_Click()
+{
+    auto& g = G();
+    const std::optional<QColor> c =
+        pf::services().colors->chooseColor(jk::winColor(fore_), jk::plainCaption(foreColor_->text()));
+    if (!c || !c->isValid()) return;
+    fore_ = jk::toWinColor(*c);
+    if (spine_) {
+        g.spineFont.foreColor = fore_;
+    } else if (jk::TextRecord* r = record(false)) {
+        ensureStyled(r);
+        r->style.foreColor = fore_;
+    }
+    updatePreview();
+}
+
+void TextBlockDialog::Option1_Click()
+{
+    if (spine_) return;
+    if (jk::TextRecord* r = record(true)) {
+        ensureStyled(r);
+        r->style.backStyle = 0;
+        fore_ = r->style.foreColor;
+    }
+    opaque_ = false;
+    updatePreview();
+}
+
+void TextBlockDialog::Option2_Click()
+{
+    auto& g = G();
+    // A click is the user's own, whether or not the focus event came first.
+    g.colorChoiceFlag = true;
+    jk::TextRecord* r = spine_ ? nullptr : record(true);
+    if (r) {
+        ensureStyled(r);
+        r->style.backStyle = 1;
+        fore_ = r->style.foreColor;
+        back_ = r->style.backColor;
+    }
+    if (!spine_) opaque_ = true;
+    updatePreview();
+
+    const std::optional<QColor> c =
+        pf::services().colors->chooseColor(jk::winColor(back_), jk::plainCaption(G().texts.msgOr(jk::Msg::SolidColor, "Colors")));
+    if (!c || !c->isValid()) return;
+    back_ = jk::toWinColor(*c);
+    if (spine_) {
+        if (g.textDestination == 2) g.spineFont.backColor = back_;
+    } else if (r) {
+        r->style.backColor = back_;
+    }
+    updatePreview();
+}
+
+void TextBlockDialog::Check1_Click()
+{
+    if (spine_) return;
+    if (jk::TextRecord* r = record(true)) {
+        ensureStyled(r);
+        r->style.borderStyle = check1_->isChecked() ? 1 : 0;
+        fore_ = r->style.foreColor;
+    }
+    updatePreview();
+}
+
+namespace {
+QString& lastFolder()
+{
+    static QString folder;
+    return folder;
+}
+const char* const kTextFilter = "Text files (*.txt);;All files (*)";
+}  // namespace
+
+void TextBlockDialog::Fopen_Click()
+{
+    const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
+    const QString path =
+        pf::services().files->openFile(jk::plainCaption(G().texts.msgOr(jk::Msg::OpenMenu, "Open")), folder, QString::fromLatin1(kTextFilter));
+    if (path.isEmpty()) return;
+    lastFolder() = QFileInfo(path).absolutePath();
+    QString text, error;
+    if (!readTextFile(path, &text, &error)) {
+        showError(error);
+        return;
+    }
+    textinput_->setPlainText(text);
+}
+
+void TextBlockDialog::Fsave_Click()
+{
+    const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
+    const QString path = pf::services().files->saveFile(jk::plainCaption(G().texts.msgOr(jk::Msg::SaveMenu, "Save")), folder,
+                                                        QString::fromLatin1(kTextFilter), QStringLiteral("txt"));
+    if (path.isEmpty()) return;
+    lastFolder() = QFileInfo(path).absolutePath();
+    QString error;
+    if (!writeTextFile(path, textinput_->toPlainText(), &error)) showError(error);
+}
+
+void TextBlockDialog::showError(const QString& text)
+{
+    pf::services().messages->show(text, G().texts.msgOr(jk::Msg::ProgramTitle, "Jewelcase Studio"), pf::Icon::Warning);
+}
+
+bool TextBlockDialog::readTextFile(const QString& path, QString* text, QString* error)
+{
+    const QFileInfo info(path);
+    const QString name = info.fileName();
+    if (!info.exists()) {
+        *error = tr("The file \"%1\" could not be found.").arg(name);
+        return false;
+    }
+    // Folders, devices and pipes are no text files (and /dev/zero never ends).
+    if (!info.isFile()) {
+        *error = tr("\"%1\" is not a text file.").arg(name);
+        return false;
+    }
+    const auto tooLarge = [&](qint64 size) {
+        *error = tr("The file \"%1\" is too large for a text block (%2 KB; at most %3 KB).")
+                     .arg(name)
+                     .arg((size + 1023) / 1024)
+                     .arg(kMaxFileBytes / 1024);
+        return false;
+    };
+    if (info.size() > kMaxFileBytes) return tooLarge(info.size());
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) {
+        *error = tr("The file \"%1\" could not be read: %2").arg(name, f.errorString());
+        return false;
+    }
+    const QByteArray data = f.read(kMaxFileBytes + 1);
+    if (f.error() != QFileDevice::NoError) {
+        *error = tr("The file \"%1\" could not be read: %2").arg(name, f.errorString());
+        return false;
+    }
+    if (data.size() > kMaxFileBytes) return tooLarge(data.size());
+
+    QString s = decodeFile(data);
+    if (s.contains(QChar(0))) {
+        *error = tr("\"%1\" is not a text file.").arg(name);
+        return false;
+    }
+    s.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    s.replace(u'\r', u'\n');
+    if (s.startsWith(u'"')) {
+        // Written by Save: one quoted record and a line break.
+        s.remove(0, 1);
+        if (s.endsWith(u'\n')) s.chop(1);
+        if (s.endsWith(u'"')) s.chop(1);
+    } else if (s.endsWith(u'\n')) {
+        // The last line's break ends the line; it is no empty line of its own.
+        s.chop(1);
+    }
+    *text = s;
+    return true;
+}
+
+bool TextBlockDialog::writeTextFile(const QString& path, const QString& text, QString* error)
+{
+    QString body = text;
+    body.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    body.replace(u'\n', QLatin1String("\r\n"));
+    const QByteArray data = encodeText(u'"' + body + QLatin1String("\"\r\n"));
+    QSaveFile f(path);
+    if (!f.open(QIODevice::WriteOnly) || f.write(data) != data.size() || !f.commit()) {
+        *error = tr("The file \"%1\" could not be saved: %2").arg(QFileInfo(path).fileName(), f.errorString());
+        return false;
+    }
+    return true;
+}

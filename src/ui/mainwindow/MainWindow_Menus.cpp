@@ -1,0 +1,282 @@
+// The main window's commands: printers, nudge step, tool bar, windows, help,
+// companion programs and quitting.
+#include "ui/mainwindow/MainWindow.h"
+#include "ui/dialogs/PreferencesDialog.h"
+#include "platform/Services.h"
+#include "model/Global.h"
+#include "file/Paths.h"
+#include "model/Procedures.h"
+#include "ui/sheet/SheetWindow.h"
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QSlider>
+#include <QToolBar>
+#include <QToolButton>
+
+using jk::G;
+namespace pf = jk::platform;
+
+#ifndef JK_WEB_URL
+#define JK_WEB_URL ""
+#endif
+
+void MainWindow::connectCommands()
+{
+    auto on = [this](const char* name, auto fn) { connect(action(name), &QAction::triggered, this, fn); };
+    auto onButton = [this](const char* name, auto fn) { connect(button(name), &QToolButton::clicked, this, fn); };
+
+    on("quit", [this] { quit(); });
+    on("PREFERENCE", [this] {
+        PreferencesDialog dlg(this);
+        connect(&dlg, &PreferencesDialog::settingsWritten, this,
+                [this] { if (!G().picturesEditor.isEmpty()) action("Picedit")->setEnabled(true); });
+        dlg.exec();
+    });
+
+    // Tool bar visibility: the Tools entry checks itself; ToolHide swaps its caption.
+    on("Tools", [this] { setToolBarShown(!panel_->isVisible()); });
+    on("ToolHide", [this] {
+        const bool hide = panel_->isVisible();
+        panel_->setVisible(!hide);
+        action("ToolHide")->setText(G().texts.msg(hide ? jk::Msg::ShowToolBar : jk::Msg::HideToolBar));
+    });
+
+    // Window arrangement.
+    on("WCasc", [this] { arrange(0); });
+    on("WtileH", [this] { arrange(1); });
+    on("WTILEV", [this] { arrange(2); });
+    onButton("SSCommand8", [this] { arrange(0); });
+    onButton("SSCommand9", [this] { arrange(1); });
+    onButton("SSCommand10", [this] { arrange(2); });
+
+    // Help.
+    auto contents = [this] { showHelp(G().helpFile); };
+    on("Helpprog", contents);
+    onButton("SSCommand11", contents);
+    on("Tutorial", [this] { showHelp(QFileInfo(G().helpFile).absolutePath() + "/tutorial.html"); });
+    on("WEB", [] {
+        QString url = QStringLiteral(JK_WEB_URL);
+        const QUrl target = url.isEmpty() ? QUrl::fromLocalFile(G().helpFile) : QUrl(url);
+        if (auto* d = pf::services().desktop) d->openUrl(target);
+    });
+    on("about", [] {
+        if (auto* m = pf::services().messages)
+            m->about(QStringLiteral("JEWLKIT"),
+                     QStringLiteral("<b>Jewelcase Studio</b><br>Version V.04.00<br><br>"
+                                    "Covers, booklets, inlays and disc labels for your CDs, "
+                                    "printed at real size."));
+    });
+
+    // Companion programs.
+    on("Capture", [this] { startCompanion(companionPath("snaptool"), true); });
+    on("PRTFNTCAT", [this] { startCompanion(companionPath("fontsheet"), false); });
+    on("PRTPICCAT", [this] { startCompanion(companionPath("picsheet"), false); });
+
+    // Print button: pops up the print menu when a printer is available.
+    onButton("SSCommand1", [this] {
+        if (G().printerAvailable == 1)
+            popup("MPRINT")->popup(button("SSCommand1")->mapToGlobal(QPoint(0, button("SSCommand1")->height())));
+    });
+    onButton("AddSheet", [this] {
+        popup("Faction")->popup(button("AddSheet")->mapToGlobal(QPoint(0, button("AddSheet")->height())));
+    });
+
+    // Releasing an arrow button ends a picture nudge.
+    for (const char* n : {"SSCommand4", "SSCommand5", "SSCommand6", "SSCommand7", "LU", "LD", "RU", "RD"})
+        connect(button(n), &QToolButton::released, this, [] { G().pictureNudge = 0; });
+
+    // Printer box.
+    connect(combo1_, &QComboBox::activated, this, [this] { changePrinter(); refresh(); });
+    combo1_->installEventFilter(this);
+
+    // Nudge step box and slider stay in step.
+    connect(stepping_, &QLineEdit::textEdited, this, &MainWindow::stepChanged);
+    connect(slider_, &QSlider::valueChanged, this, [this](int v) {
+        if (updatingStep_) return;
+        const QString text = QString::number(qMin(v, 999));
+        stepping_->setText(text);
+        stepChanged(text);
+    });
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* e)
+{
+    // The printer box applies its printer when it gets the focus, too.
+    if (watched == combo1_ && e->type() == QEvent::FocusIn) {
+        changePrinter();
+        refresh();
+    }
+    return QMainWindow::eventFilter(watched, e);
+}
+
+void MainWindow::stepChanged(const QString& text)
+{
+    if (text.trimmed().isEmpty()) return;  // still typing
+    const jk::StepResult r = jk::stepRule(text);
+    if (r.notice) {
+        if (auto* m = pf::services().messages)
+            m->show(G().texts.msg(jk::Msg::EnterWholeNumber) + QStringLiteral(" (1-999)"), QString(), pf::Icon::Information);
+        stepping_->setText(QStringLiteral("10"));
+    }
+    G().nudgeStep = jk::i16(r.step);
+    updatingStep_ = true;
+    slider_->setValue(r.step);
+    updatingStep_ = false;
+}
+
+void MainWindow::setToolBarShown(bool shown)
+{
+    panel_->setVisible(shown);
+    action("Tools")->setChecked(shown);
+}
+
+void MainWindow::fillPrinterBox()
+{
+    combo1_->clear();
+    auto* p = pf::services().printers;
+    if (!p) return;
+    combo1_->addItems(p->printers());
+    combo1_->setCurrentIndex(combo1_->findText(p->defaultPrinter()));
+}
+
+void MainWindow::changePrinter()
+{
+    const QString name = combo1_->currentText();
+    auto* p = pf::services().printers;
+    if (name.isEmpty() || !p || p->defaultPrinter() == name) return;
+    QString error;
+    if (!p->setDefaultPrinter(name, &error)) {
+        if (auto* m = pf::services().messages)
+            m->show(QStringLiteral("SetPrinterFailed. Error code: ") + error, QString(), pf::Icon::None);
+    }
+}
+
+void MainWindow::setPrintCommandsEnabled(bool enabled)
+{
+    button("SSCommand1")->setEnabled(enabled);
+    for (const char* n : {"MFPrnSelect", "imprime", "IMPPRJ", "PRNSELECT", "PRTFNTCAT", "PRTPICCAT"})
+        action(n)->setEnabled(enabled);
+}
+
+std::vector<jk::ISheet*> MainWindow::sheets() const
+{
+    std::vector<jk::ISheet*> out;
+    for (QMdiSubWindow* w : mdi_->subWindowList(QMdiArea::CreationOrder))
+        if (auto* s = dynamic_cast<jk::ISheet*>(w->widget())) out.push_back(s);
+    return out;
+}
+
+void MainWindow::refresh() { update(); }
+
+void MainWindow::restoreSheetWindows()
+{
+    const auto list = mdi_->subWindowList(QMdiArea::CreationOrder);
+    for (auto it = list.rbegin(); it != list.rend(); ++it) (*it)->showNormal();
+}
+
+void MainWindow::arrange(int how)
+{
+    restoreSheetWindows();
+    if (how == 0) {
+        mdi_->cascadeSubWindows();
+        return;
+    }
+    // Horizontal tiling stacks the windows one above the other; vertical
+    // tiling puts them side by side.
+    const auto list = mdi_->subWindowList(QMdiArea::CreationOrder);
+    if (list.isEmpty()) return;
+    const QRect area = mdi_->viewport()->rect();
+    const int n = int(list.size());
+    for (int i = 0; i < n; ++i) {
+        QRect r = how == 1 ? QRect(0, area.height() * i / n, area.width(), area.height() / n)
+                           : QRect(area.width() * i / n, 0, area.width() / n, area.height());
+        list.at(i)->setGeometry(r);
+    }
+}
+
+void MainWindow::showHelp(const QString& page)
+{
+    G().shellCommandLine = page;
+    if (auto* h = pf::services().help) h->show(page);
+}
+
+QString MainWindow::companionPath(const QString& baseName)
+{
+    return jk::paths::dataDir() + u'/' + baseName;
+}
+
+void MainWindow::enableCompanions()
+{
+    auto* p = pf::services().programs;
+    if (!p) return;
+    action("PRTPICCAT")->setEnabled(p->exists(companionPath("picsheet")));
+    action("PRTFNTCAT")->setEnabled(p->exists(companionPath("fontsheet")));
+    action("Capture")->setEnabled(p->exists(companionPath("snaptool")));
+}
+
+void MainWindow::startCompanion(const QString& program, bool wait)
+{
+    auto* p = pf::services().programs;
+    if (!p) return;
+    G().shellCommandLine = program;
+    QString error;
+    bool ok;
+    if (wait) {
+        // The capture companion works on the screen, so get out of its way.
+        showMinimized();
+        ok = p->runAndWait(program, {}, &error);
+        showMaximized();
+    } else {
+        ok = p->start(program, {}, &error);
+    }
+    if (!ok)
+        if (auto* m = pf::services().messages) m->show(error, G().texts.msg(jk::Msg::ProgramTitle), pf::Icon::Critical);
+}
+
+void MainWindow::quit()
+{
+    combo1_->setCurrentIndex(combo1_->findText(G().savedPrinterName));
+    changePrinter();
+    shutDown();
+}
+
+bool MainWindow::shutDown()
+{
+    jk::Global& g = G();
+    if (g.projectModified) {
+        const QString text = g.texts.msg(g.projectFileName.isEmpty() ? jk::Msg::SaveUnsavedProject : jk::Msg::SaveChanges);
+        int answer = pf::AnswerCancel;
+        if (auto* m = pf::services().messages)
+            answer = m->show(text, g.texts.msg(jk::Msg::Warning), pf::Icon::Question, pf::Buttons::YesNoCancel);
+        if (answer == pf::AnswerCancel) return false;
+        if (answer == pf::AnswerYes && !saveProject()) return false;
+    }
+    quitting_ = true;
+    // Sheets refuse a close from their frame; quitting is the one time they may.
+    SheetWindow::mayClose = true;
+    const auto list = mdi_->subWindowList(QMdiArea::CreationOrder);
+    for (auto it = list.rbegin(); it != list.rend(); ++it) (*it)->close();
+    jk::helpShutDown();
+    close();
+    QCoreApplication::quit();
+    return true;
+}
+
+void MainWindow::closeEvent(QCloseEvent* e)
+{
+    // Closing the frame runs quit, with its question about unsaved changes.
+    if (quitting_) {
+        e->accept();
+        return;
+    }
+    e->ignore();
+    quit();
+}
