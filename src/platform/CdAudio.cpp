@@ -1,4 +1,5 @@
 #include "platform/CdAudio.h"
+#include <QDir>
 #include <QFileInfo>
 #include <cdio/cdio.h>
 #include <cdio/cdtext.h>
@@ -27,6 +28,22 @@ void quietLibcdio()
 }
 
 QString suffixOf(const QString& path) { return QFileInfo(path).suffix().toLower(); }
+
+// libcdio's cdrdao driver looks for the data files a .toc names in the
+// current folder, not beside the .toc: read it from its own folder.
+struct WorkingFolder {
+    QString saved;
+    explicit WorkingFolder(const QString& dir)
+    {
+        if (dir.isEmpty()) return;
+        saved = QDir::currentPath();
+        if (!QDir::setCurrent(dir)) saved.clear();
+    }
+    ~WorkingFolder()
+    {
+        if (!saved.isEmpty()) QDir::setCurrent(saved);
+    }
+};
 
 struct Handle {
     CdIo_t* p = nullptr;
@@ -106,6 +123,7 @@ CdRead readCd(const QString& source)
                                                   : DRIVER_BINCUE;
     }
 
+    const WorkingFolder folder(driver == DRIVER_CDRDAO ? info.absolutePath() : QString());
     Handle h;
     h.p = cdio_open(QFile::encodeName(source).constData(), driver);
     if (!h.p) {

@@ -5,13 +5,30 @@
 
 namespace jk::sources {
 
-bool isDiscCommand(const QStringList& args)
+namespace {
+// "--list=X" is "--list X".
+QStringList split(const QStringList& raw)
 {
+    QStringList args;
+    for (const QString& a : raw) {
+        if (a.startsWith(QLatin1String("--list=")) || a.startsWith(QLatin1String("--disc-id=")))
+            args << a.section(u'=', 0, 0) << a.section(u'=', 1);
+        else
+            args << a;
+    }
+    return args;
+}
+}  // namespace
+
+bool isDiscCommand(const QStringList& raw)
+{
+    const QStringList args = split(raw);
     return args.contains(QLatin1String("--list")) || args.contains(QLatin1String("--disc-id"));
 }
 
-int runDiscCommand(const QStringList& args, const QString& databasePath, QTextStream& out, QTextStream& err)
+int runDiscCommand(const QStringList& raw, const QString& databasePath, QTextStream& out, QTextStream& err)
 {
+    const QStringList args = split(raw);
     ListingOptions options;
     QString command, source;
     for (qsizetype i = 0; i < args.size(); ++i) {
