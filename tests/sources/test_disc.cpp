@@ -184,45 +184,46 @@ private Q_SLOTS:
     {
         const QString d = tmp.path() + "/bad";
         QDir().mkpath(d);
-        // libcdio's complaints must not reach the terminal.
-        fflush(stderr);
-        const int saved = dup(2);
-        QFile errFile(d + "/stderr");
-        QVERIFY(errFile.open(QIODevice::ReadWrite));
-        dup2(errFile.handle(), 2);
-
-        QString cue = writeImage(d, "missing", {{"00:00:00"}, {"00:10:00"}}, 1500);
+        QString keyword = writeImage(d, "keyword", {{"00:00:00"}, {"00:10:00"}}, 1500), missing = writeImage(d, "missing", {{"00:00:00"}}, 75);
         QFile::remove(d + "/missing.bin");
-        QVERIFY(listSource(cue, {}, nullptr).message.contains("missing.bin"));
-        cue = writeImage(d, "keyword", {{"00:00:00"}, {"00:10:00"}}, 1500);
-        QFile c(cue);
+        QFile c(keyword), t(d + "/big.toc"), b(d + "/big.bin"), n(d + "/nodata.toc");
         QVERIFY(c.open(QIODevice::Append) && c.write("    NONSENSE 00:02:00\n"));
         c.close();
-        QCOMPARE(listSource(cue, {}, nullptr).outcome, Listing::Failed);
-        QCOMPARE(listSource(writeImage(d, "empty", {{"00:00:00"}, {"00:10:00"}}, 0), {}, nullptr).outcome, Listing::Failed);
-        QCOMPARE(listSource(writeImage(d, "cut", {{"00:00:00"}, {"00:10:00"}}, 700), {}, nullptr).outcome, Listing::Failed);
-        QCOMPARE(listSource(d + "/nothing.cue", {}, nullptr).outcome, Listing::Failed);
-
-        // A cdrdao TOC of 99 tracks of one second.
-        QString toc = "CD_DA\n";
+        QString toc = "CD_DA\n";  // a cdrdao TOC of 99 tracks of one second
         for (int i = 0; i < 99; ++i) toc += QStringLiteral("TRACK AUDIO\nFILE \"big.bin\" %1:%2:0 0:1:0\n").arg(i / 60).arg(i % 60);
-        QFile t(d + "/big.toc"), b(d + "/big.bin");
         QVERIFY(t.open(QIODevice::WriteOnly) && t.write(toc.toLatin1()) && b.open(QIODevice::WriteOnly) && b.resize(99 * 75 * 2352));
         t.close();
-        const Listing big = listSource(t.fileName(), {false, false, true}, nullptr);
+        QVERIFY(n.open(QIODevice::WriteOnly) && n.write("CD_DA\nTRACK AUDIO\nFILE \"absent.bin\" 0:0:0 0:1:0\n"));
+        n.close();
+        const QString pulled = writeImage(d, "pulled", {{"00:00:00"}, {"00:10:00"}}, 1500);
+        const std::optional<AudioDisc> disc = readAudioDisc(pulled, nullptr, nullptr);
+        QVERIFY(disc && QFile::remove(pulled));  // the disc goes away before it is listed
+
+        QList<Listing> bad;
+        Listing big, gone;
+        {
+            // libcdio's complaints (warnings go to standard output) must not reach the terminal.
+            const int saved[2] = {dup(1), dup(2)};
+            QFile out(d + "/printed");
+            QVERIFY(out.open(QIODevice::WriteOnly));
+            dup2(out.handle(), 1);
+            dup2(out.handle(), 2);
+            for (const QString& s : {missing, keyword, writeImage(d, "empty", {{"00:00:00"}, {"00:10:00"}}, 0),
+                                     writeImage(d, "cut", {{"00:00:00"}, {"00:10:00"}}, 700), d + "/nothing.cue", n.fileName()})
+                bad << listSource(s, {}, nullptr);
+            big = listSource(t.fileName(), {false, false, true}, nullptr);
+            gone = listAudioDisc(*disc, {false, false, true});
+            fflush(stdout);
+            fflush(stderr);
+            dup2(saved[0], 1);
+            dup2(saved[1], 2);
+        }
+        QCOMPARE(readAll(d + "/printed"), QByteArray());
+        QVERIFY(bad.at(0).message.contains("missing.bin"));
+        for (const Listing& l : bad) QCOMPARE(l.outcome, Listing::Failed);
         QCOMPARE(big.text.count("\r\n"), 99);
         QVERIFY(big.text.endsWith("Track99.cda          00:00\r\n"));
-
-        // The disc goes away between reading it and listing it.
-        cue = writeImage(d, "pulled", {{"00:00:00"}, {"00:10:00"}}, 1500);
-        const std::optional<AudioDisc> disc = readAudioDisc(cue, nullptr, nullptr);
-        QVERIFY(disc && QFile::remove(cue));
-        QCOMPARE(listAudioDisc(*disc, {false, false, true}).outcome, Listing::NoDisc);
-
-        fflush(stderr);
-        dup2(saved, 2);
-        close(saved);
-        QCOMPARE(readAll(errFile.fileName()), QByteArray());
+        QCOMPARE(gone.outcome, Listing::NoDisc);
 
         // Databases that must be left alone: a folder, binary, huge.
         QDir().mkpath(d + "/folder.ini");
