@@ -64,15 +64,19 @@ Listing listFolder(const QString& folder, const ListingOptions& options, const Q
 {
     const QDir dir(folder);
     const QDir::Filters which = options.folders ? QDir::Dirs | QDir::NoDotAndDotDot : QDir::Files;
-    QFileInfoList entries = dir.entryInfoList(which, QDir::NoSort);
-    std::sort(entries.begin(), entries.end(),
-              [](const QFileInfo& a, const QFileInfo& b) { return byName(a.fileName(), b.fileName()); });
+    struct Entry {
+        QString name;
+        QFileInfo info;
+    };
+    QList<Entry> entries;
+    for (const QFileInfo& e : dir.entryInfoList(which, QDir::NoSort)) entries.append({e.fileName(), e});
+    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return byName(a.name, b.name); });
 
     const QDir root(mountPoint.isEmpty() ? mountPointOf(dir.absolutePath()) : mountPoint);
     Listing l;
     QString& text = l.text;
     text.reserve(entries.size() * 64);
-    for (const QFileInfo& e : entries) {
+    for (const auto& [fileName, e] : entries) {
         const QDateTime stamp = options.dates ? e.lastModified() : QDateTime();
         if (options.dates && !stamp.isValid()) continue;  // vanished since it was listed
         if (options.folders) {
@@ -80,7 +84,7 @@ Listing listFolder(const QString& folder, const ListingOptions& options, const Q
             text += name;
             if (options.dates) text += spaces(kNameColumn - name.size()) + dateTimeText(stamp);
         } else {
-            text += options.sizes ? withSize(e.fileName(), e.size()) : e.fileName();
+            text += options.sizes ? withSize(fileName, e.size()) : fileName;
             if (options.dates) text += QStringLiteral("  ") + dateTimeText(stamp);
         }
         text += kLineEnd;
