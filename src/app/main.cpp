@@ -4,6 +4,7 @@
 #include "ui/widgets/RealServices.h"
 #include "output/Export.h"
 #include "render/SheetRenderer.h"
+#include "sources/disc/DiscCommand.h"
 #include "platform/SingleInstance.h"
 #include "file/Paths.h"
 #include <QApplication>
@@ -15,6 +16,15 @@
 
 int main(int argc, char* argv[])
 {
+    // The disc commands need neither a display nor the single-instance lock.
+    QStringList rawArgs;
+    for (int i = 1; i < argc; ++i) rawArgs << QString::fromLocal8Bit(argv[i]);
+    if (jk::sources::isDiscCommand(rawArgs) && !rawArgs.contains("--help") && !rawArgs.contains("-h")) {
+        QCoreApplication core(argc, argv);
+        QTextStream out(stdout), err(stderr);
+        return jk::sources::runDiscCommand(rawArgs, jk::paths::discDatabaseFile(), out, err);
+    }
+
     // A headless export needs no display at all.
     bool headless = false;
     for (int i = 1; i < argc; ++i)
@@ -42,6 +52,18 @@ int main(int argc, char* argv[])
                        "Problems go to standard error; the exit status is then 1."),
         QStringLiteral("DIR"));
     parser.addOption(exportOption);
+    parser.addOption({QStringLiteral("list"),
+                      QStringLiteral("Print the scan panel's listing of SOURCE (a folder, a drive or a disc image: "
+                                     ".cue/.bin/.toc/.nrg) and exit: its files, or its sub-folders with --folders; "
+                                     "an audio disc lists its tracks."),
+                      QStringLiteral("SOURCE")});
+    parser.addOption({QStringLiteral("folders"), QStringLiteral("With --list: sub-folders instead of files.")});
+    parser.addOption({QStringLiteral("sizes"), QStringLiteral("With --list: file sizes.")});
+    parser.addOption({QStringLiteral("dates"), QStringLiteral("With --list: dates and times (track times on an audio disc).")});
+    parser.addOption({QStringLiteral("disc-id"),
+                      QStringLiteral("Print the identifier of the audio disc in SOURCE (a drive or a disc image) "
+                                     "and exit; exit status 1 when it holds no audio disc."),
+                      QStringLiteral("SOURCE")});
     parser.process(app);
 
     // Old projects name Windows faces; map them to installed look-alikes.
