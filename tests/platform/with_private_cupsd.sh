@@ -74,7 +74,8 @@ export CUPS_SERVER="$P/cups.sock" HOME="$P/home" CUPS_SERVERROOT="$P/etc"
 unset LPDEST PRINTER
 
 i=0
-until lpstat -r >/dev/null 2>&1; do
+# lpstat -r exits 0 even while the scheduler is not up yet: read its answer.
+until [ -S "$P/cups.sock" ] && lpstat -r 2>/dev/null | grep -q "is running"; do
     i=$((i + 1))
     if [ $i -gt 100 ] || ! kill -0 "$CUPSD_PID" 2>/dev/null; then
         echo "cupsd did not start:" >&2
