@@ -1,6 +1,6 @@
 #include "app/SplashWindow.h"
 #include "file/FontCache.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
 #include "file/MessageFile.h"
 #include "file/Paths.h"
 #include <QFontDatabase>
@@ -53,30 +53,30 @@ QStringList SplashWindow::printerFonts() { return QFontDatabase::families(); }
 
 bool SplashWindow::loadTexts()
 {
-    jk::Global& g = jk::G();
+    jk::AppContext& app = jk::appSetup();
     if (QScreen* s = QGuiApplication::primaryScreen()) move(s->availableGeometry().center() - rect().center());
-    g.projectVersion = 3;
-    g.discDatabasePath = jk::paths::discDatabaseFile();
+    app.files.discDatabasePath = jk::paths::discDatabaseFile();
 
-    g.texts = jk::loadMessageFile(jk::paths::messageFile());
-    setStatus(g.texts.splash[0]);
+    app.texts = jk::loadMessageFile(jk::paths::messageFile());
+    const jk::Texts& t = app.texts;
+    setStatus(t.splash[0]);
 
-    setStatus(g.texts.splash[1]);
+    setStatus(t.splash[1]);
     const QStringList fonts = printerFonts();
     const int last = int(fonts.size()) - 1;
     bool rebuilt = false;
-    if (!jk::fontCacheIsCurrent(g.fontListPath, int(fonts.size()))) {
+    if (!jk::fontCacheIsCurrent(app.files.fontListPath, int(fonts.size()))) {
         list1_->clear();
         list1_->addItems(fonts);
         jk::paths::ensureDir(jk::paths::cacheDir());
-        const QString progress = g.texts.splash[2] + u' ';
-        jk::writeFontCache(g.fontListPath, fonts, [&](int i) {
+        const QString progress = t.splash[2] + u' ';
+        jk::writeFontCache(app.files.fontListPath, fonts, [&](int i) {
             // Repainting every name would cost more than the rebuild itself.
             if (i % 16 == 0 || i == last)
                 setStatus(progress + QString::number(i) + u'/' + QString::number(last));
         });
         rebuilt = true;
     }
-    setStatus(QString::number(fonts.size()) + u' ' + g.texts.splash[3]);
+    setStatus(QString::number(fonts.size()) + u' ' + t.splash[3]);
     return rebuilt;
 }

@@ -1,7 +1,7 @@
 #pragma once
 // The message file Default.msg: a list of items, one per line or separated by
 // commas, an item holding a comma enclosed in double quotes.
-#include "model/Global.h"
+#include "model/AppContext.h"
 #include <QByteArray>
 #include <QStringList>
 

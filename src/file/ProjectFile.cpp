@@ -1,8 +1,7 @@
 #include "file/ProjectFile.h"
 #include "file/ProjectFileCodec.h"
-#include "file/FieldValues.h"
-#include "model/Global.h"
-#include "model/Procedures.h"
+#include "file/ValueFile.h"
+#include "model/AppContext.h"
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -21,13 +20,14 @@ using namespace prjcodec;
 
 namespace {
 
+// The order backgrounds are written in.
 constexpr std::array<i16, 5> kFormatCodes{FmtSimple, FmtDouble, FmtInside, FmtCdRom, FmtJacket};
 
 // The title of the reader's messages; the program name when the message
 // table is not loaded (headless tools, tests).
 QString errorTitle()
 {
-    const QString t = G().texts.msg(Msg::ProgramTitle);
+    const QString t = texts().msg(Msg::ProgramTitle);
     return t.isEmpty() ? QStringLiteral("Jewelcase Studio") : t;
 }
 
@@ -154,8 +154,9 @@ struct EndOfData {};  // thrown when the file ends: nothing more can be read
 
 class Reader {
 public:
-    Reader(QIODevice& dev, QString name, const QString& projectDir, const ProjectErrorReporter& reporter)
-        : lines_(dev, kMaxLineBytes, kMaxProjectFileBytes), name_(std::move(name)), reporter_(reporter),
+    Reader(QIODevice& dev, ProjectData& data, QString name, const QString& projectDir,
+           const ProjectErrorReporter& reporter)
+        : g(data), lines_(dev, kMaxLineBytes, kMaxProjectFileBytes), name_(std::move(name)), reporter_(reporter),
           beside_(projectDir)
     {
     }
@@ -167,6 +168,8 @@ public:
     ProjectReadResult run();
 
 private:
+    ProjectData& g;  // what is read goes here
+
     // Errors: the first few are reported, the rest counted.
     void error(const QString& what)
     {
@@ -364,7 +367,6 @@ void Reader::textBlocks(RecordTable<TextRecord>& table, const char* what)
 
 void Reader::body()
 {
-    Global& g = G();
 
     // The version line, missing in older files: then the first value is
     // already the composition.
@@ -387,11 +389,7 @@ void Reader::body()
     result_.composition = composition;
     switch (composition) {
     case 1: case 2: case 4: case 5: case 6: case 8: case 9: case 10: case 12: case 13: case 14: case 16: case 24:
-        g.simpleChoice = (composition & FmtSimple) != 0;
-        g.doubleChoice = (composition & FmtDouble) != 0;
-        g.insideChoice = (composition & FmtInside) != 0;
-        g.cdChoice = (composition & FmtCdRom) != 0;
-        g.jacketChoice = (composition & FmtJacket) != 0;
+        result_.chosenSheets = composition;
         break;
     default: break;  // both cover kinds or nothing: the choices stay as they were
     }
@@ -468,7 +466,7 @@ void Reader::body()
             // The field's number is the spine number: it stood at the end of
             // the spine line, so the spine text loses as many characters.
             g.spineNumberText = formatNumber(r.number, r.digits);
-            spinePropagation();
+            propagateSpine(g);
             g.spineText = g.spineTitle.chopped(std::clamp<qsizetype>(r.digits, 0, g.spineTitle.size()));
             // The spine line joins text and number with one blank; take that
             // blank off too, or every save and reopen would add one.
@@ -501,14 +499,12 @@ bool Reader::detectEncoding(QIODevice& dev)
 
 ProjectReadResult Reader::run()
 {
-    Global& g = G();
     g.createTables(TableSizing::OpenProject);
     g.spineNumberText.clear();
     g.spineText.clear();
     g.sheetComposition = 0;
     g.currentNumber = 1;
-    g.projectModified = false;
-    g.readSuccess = true;
+    g.modified = false;
     result_.opened = true;
     result_.exportEnabled = true;
     try {
@@ -528,15 +524,13 @@ ProjectReadResult Reader::run()
 
 // ---------------------------------------------------------------- public
 
-QByteArray projectFileBytes()
+QByteArray projectFileBytes(const ProjectData& g)
 {
-    Global& g = G();
     Writer w;
     w.number(i16(kProjectFileVersion));
     w.number(g.sheetComposition);
-    g.spineTitle = g.spineText;
     w.text(g.spineFont.name);
-    w.text(g.spineTitle);
+    w.text(g.spineText);  // the spine title is the spine text once saved
     w.number(g.spineFont.backColor);
     w.number(g.spineFont.foreColor);
     w.flag(g.spineFont.underline, 1);
@@ -571,20 +565,21 @@ QByteArray projectFileBytes()
         w.number(r.displayMode);
     }
 
-    for (RecordTable<TextRecord>* table : {&g.freeText, &g.pageText}) {
+    for (const RecordTable<TextRecord>* table : {&g.freeText, &g.pageText}) {
         int n = 0;
         for (int i = 1; i <= table->count(); ++i)
             if (!table->at(i).isFree()) ++n;
         w.number(i16(n));
         for (int i = 1; i <= table->count(); ++i) {
-            TextRecord& r = table->at(i);
+            const TextRecord& r = table->at(i);
             if (r.isFree()) continue;
             // Blocks dragged above or left of the canvas come back at its edge.
-            if (r.style.top < 0) r.style.top = 0;
-            if (r.style.left < 0) r.style.left = 0;
+            TextStyle style = r.style;
+            style.top = std::max<i16>(style.top, 0);
+            style.left = std::max<i16>(style.left, 0);
             w.number(r.sheet);
             w.blockText(r.text);
-            w.style(r.style);
+            w.style(style);
         }
     }
 
@@ -619,9 +614,9 @@ QByteArray projectFileBytes()
     return encodeFile(w.out);
 }
 
-bool writeProject(const QString& path, QString* error)
+bool writeProject(const ProjectData& data, const QString& path, QString* error)
 {
-    const QByteArray bytes = projectFileBytes();
+    const QByteArray bytes = projectFileBytes(data);
     auto fail = [&](const QString& why) {
         if (error) *error = QStringLiteral("Cannot save the project \"%1\": %2").arg(path, why);
         return false;
@@ -653,10 +648,10 @@ QString resolveBesideProject(const QString& path, const QString& projectDir)
     return BesideLookup(projectDir).resolve(path);
 }
 
-ProjectReadResult readProjectData(QIODevice& in, const QString& name, const QString& projectDir,
+ProjectReadResult readProjectData(QIODevice& in, ProjectData& data, const QString& name, const QString& projectDir,
                                   const ProjectErrorReporter& reporter)
 {
-    Reader reader(in, name, projectDir, reporter);
+    Reader reader(in, data, name, projectDir, reporter);
     if (!reader.detectEncoding(in)) {
         // Not seekable: read as Windows-1252 from where it stands.
         reader.setUtf8(false);
@@ -664,15 +659,13 @@ ProjectReadResult readProjectData(QIODevice& in, const QString& name, const QStr
     return reader.run();
 }
 
-ProjectReadResult readProject(const QString& path, const ProjectErrorReporter& reporter)
+ProjectReadResult readProject(const QString& path, ProjectData& g, const ProjectErrorReporter& reporter)
 {
-    Global& g = G();
-    g.projectFileName = path;
-    g.projectFilePath.clear();
+    g.fileName = path;
+    g.filePath.clear();
     const QFileInfo info(path);
     const QString name = info.fileName();
     auto refuse = [&](const QString& why) {
-        g.readSuccess = false;
         if (reporter) reporter(QStringLiteral("Cannot open the project \"%1\": %2").arg(path, why), errorTitle());
         ProjectReadResult r;
         r.errors = 1;
@@ -686,7 +679,7 @@ ProjectReadResult readProject(const QString& path, const ProjectErrorReporter& r
         return refuse(QStringLiteral("the file is too large to be a project (%1 MB).").arg(info.size() >> 20));
     QFile f(path);
     if (!f.open(QIODevice::ReadOnly)) return refuse(f.errorString());
-    return readProjectData(f, name, info.absolutePath(), reporter);
+    return readProjectData(f, g, name, info.absolutePath(), reporter);
 }
 
 }  // namespace jk

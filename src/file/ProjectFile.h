@@ -1,10 +1,12 @@
 #pragma once
-// The project file (.prj): reader and writer over the application state.
+// The project file (.prj): reader and writer of a project's data.
 // No widgets here: the commands around it show the dialogs and the sheets,
 // and the headless export uses the same reader.
+#include "model/Project.h"
 #include <QByteArray>
 #include <QString>
 #include <functional>
+#include <optional>
 
 class QIODevice;
 
@@ -34,36 +36,40 @@ struct ProjectReadResult {
     int composition = 0;        // the sheet-composition value as read
     bool exportEnabled = false; // Exportshhet: on after an open, off for a paper jacket alone
     int errors = 0;             // errors met, reported or not (overflows are not errors)
+    // The sheets the file's composition names, when it names a valid set;
+    // otherwise the choice of sheets stays as it was.
+    std::optional<int> chosenSheets;
 };
 
-// Reads a project into G(): re-creates the record tables with the
-// open-project capacities, sets the choice flags from the composition, the
-// spine line and font, the backgrounds, pictures, text blocks and fields, and
+// Reads a project into data: re-creates the record tables with the
+// open-project capacities, reads the spine line and font, the backgrounds, pictures, text blocks and fields, and
 // the spines-hidden switch. The path becomes the project file name and the
-// project file path is cleared. Errors are reported and reading goes on;
+// project file path is cleared. What the file does not hold (the spine
+// font's defaults, print weights) stays as data had it. Errors are reported
+// and reading goes on;
 // overflowing numbers are skipped silently. Picture, background and value
 // file names that do not exist are looked up by base name, ignoring case,
-// beside the project file. The caller has reset the project (spine font
-// defaults) and creates the sheet windows afterwards.
-ProjectReadResult readProject(const QString& path, const ProjectErrorReporter& reporter = {});
+// beside the project file. The caller hands data to Project::load() and
+// creates the sheet windows afterwards.
+ProjectReadResult readProject(const QString& path, ProjectData& data, const ProjectErrorReporter& reporter = {});
 
 // The same from an open, seekable device. name is used in the messages;
 // projectDir is where missing files are looked for (empty: nowhere). Leaves
 // the project file name alone.
-ProjectReadResult readProjectData(QIODevice& in, const QString& name, const QString& projectDir,
+ProjectReadResult readProjectData(QIODevice& in, ProjectData& data, const QString& name, const QString& projectDir,
                                   const ProjectErrorReporter& reporter = {});
 
-// The bytes of the current project as the writer stores them: CR LF lines,
-// Windows-1252 when every character fits, else UTF-8. Like the writer it
-// copies the spine text into the spine title and sets negative Top and Left
-// of text blocks to 0 in the records.
-QByteArray projectFileBytes();
+// The bytes of a project as the writer stores them: CR LF lines,
+// Windows-1252 when every character fits, else UTF-8. The spine text is
+// written as the spine title, negative Top and Left of text blocks as 0
+// (Project::prepareForSave() makes the records say the same).
+QByteArray projectFileBytes(const ProjectData& data);
 
 // Writes the current project to path through a temporary file beside it that
 // is renamed over the target, so a failed save (read-only folder, full disk)
 // leaves the old file as it was. On failure returns false and, when error is
 // given, the reason.
-bool writeProject(const QString& path, QString* error = nullptr);
+bool writeProject(const ProjectData& data, const QString& path, QString* error = nullptr);
 
 // A file named in a project: the path itself when it exists (relative paths
 // count from projectDir), else a file of the same base name, ignoring case,

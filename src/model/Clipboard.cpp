@@ -24,61 +24,58 @@ void keep(R& slot, const R& r)
     slot.sheet = 0;
 }
 
-template <typename R>
-PasteResult append(RecordTable<R>& table, R r, int sheetCode, PasteResult res)
+PasteResult full(PasteResult res, int capacity)
 {
-    if (table.full()) {
-        res.status = PasteResult::Full;
-        res.capacity = table.capacity();
-        return res;
-    }
-    r.sheet = i16(sheetCode);
-    res.index = table.append(r);
-    res.status = res.index > 0 ? PasteResult::Pasted : PasteResult::Full;
+    res.status = PasteResult::Full;
+    res.capacity = capacity;
+    return res;
+}
+
+PasteResult pasted(PasteResult res, int index, int capacity)
+{
+    if (!index) return full(res, capacity);
+    res.status = PasteResult::Pasted;
+    res.index = index;
     return res;
 }
 
 }  // namespace
 
-Clipboard& clipboard()
+ClipKind clipKindOf(ObjKind kind)
 {
-    static Clipboard clip;
-    return clip;
-}
-
-ClipKind selectedClipKind(const Global& g)
-{
-    switch (g.selectedKind) {
-    case 0: return ClipKind::TextBlock;
-    case 1: return ClipKind::Picture;
-    case 2: return g.fieldSubKind == 1 ? ClipKind::CharField : ClipKind::NumField;
-    default: return ClipKind::None;
+    switch (kind) {
+    case ObjKind::Text:
+    case ObjKind::PageText: return ClipKind::TextBlock;
+    case ObjKind::Picture: return ClipKind::Picture;
+    case ObjKind::CharField: return ClipKind::CharField;
+    case ObjKind::NumField: return ClipKind::NumField;
     }
+    return ClipKind::None;
 }
 
-bool clipCopy(Clipboard& clip, const Global& g, int sheetCode, ClipKind kind, int index, bool page)
+bool clipCopy(Clipboard& clip, const Project& project, int sheetCode, ClipKind kind, int index, bool page)
 {
     switch (kind) {
     case ClipKind::TextBlock:
-        if (const TextRecord* r = present(page ? g.pageText : g.freeText, sheetCode, index)) {
+        if (const TextRecord* r = present(project.data().texts(page), sheetCode, index)) {
             keep(clip.text, *r);
             break;
         }
         return false;
     case ClipKind::Picture:
-        if (const PictureRecord* r = present(g.pictures, sheetCode, index)) {
+        if (const PictureRecord* r = present(project.pictures(), sheetCode, index)) {
             keep(clip.picture, *r);
             break;
         }
         return false;
     case ClipKind::CharField:
-        if (const CharFieldRecord* r = present(g.charFields, sheetCode, index)) {
+        if (const CharFieldRecord* r = present(project.charFields(), sheetCode, index)) {
             keep(clip.charField, *r);
             break;
         }
         return false;
     case ClipKind::NumField:
-        if (const NumFieldRecord* r = present(g.numFields, sheetCode, index)) {
+        if (const NumFieldRecord* r = present(project.numFields(), sheetCode, index)) {
             keep(clip.numField, *r);
             break;
         }
@@ -95,7 +92,7 @@ i16 pasteLeft(int left, int width, int sheetWidth)
     return i16(std::clamp(sheetWidth - std::max(width, 0), 0, 32767));
 }
 
-PasteResult clipPaste(const Clipboard& clip, Global& g, int sheetCode, bool toPage, int sheetWidth)
+PasteResult clipPaste(const Clipboard& clip, Project& project, int sheetCode, bool toPage, int sheetWidth)
 {
     PasteResult res;
     res.kind = clip.last;
@@ -104,22 +101,26 @@ PasteResult clipPaste(const Clipboard& clip, Global& g, int sheetCode, bool toPa
         TextRecord r = clip.text;
         r.style.left = pasteLeft(r.style.left, r.style.width, sheetWidth);
         res.page = toPage;
-        return append(toPage ? g.pageText : g.freeText, r, sheetCode, res);
+        r.sheet = i16(sheetCode);
+        return pasted(res, project.addText(toPage, r), project.data().texts(toPage).capacity());
     }
     case ClipKind::Picture: {
         PictureRecord r = clip.picture;
         r.left = pasteLeft(r.left, r.width, sheetWidth);
-        return append(g.pictures, r, sheetCode, res);
+        r.sheet = i16(sheetCode);
+        return pasted(res, project.addPicture(r), project.pictures().capacity());
     }
     case ClipKind::CharField: {
         CharFieldRecord r = clip.charField;
         r.style.left = pasteLeft(r.style.left, r.style.width, sheetWidth);
-        return append(g.charFields, r, sheetCode, res);
+        r.sheet = i16(sheetCode);
+        return pasted(res, project.addCharField(r), project.charFields().capacity());
     }
     case ClipKind::NumField: {
         NumFieldRecord r = clip.numField;
         r.style.left = pasteLeft(r.style.left, r.style.width, sheetWidth);
-        return append(g.numFields, r, sheetCode, res);
+        r.sheet = i16(sheetCode);
+        return pasted(res, project.addNumField(r), project.numFields().capacity());
     }
     case ClipKind::None: break;
     }

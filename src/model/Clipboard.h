@@ -1,10 +1,11 @@
 #pragma once
 // The program's own object clipboard: one slot per kind of object, each a
 // copy of that kind's record without its owning sheet. The system clipboard
-// is not used. It lives as long as the program and is not saved with the
-// project. Widget-free: the sheet window copies into it and pastes from it,
+// is not used. The main window keeps it as long as the program runs; it is
+// not saved with the project. Widget-free: the sheet window copies into it and pastes from it,
 // and the rules can be checked without a window.
-#include "model/Global.h"
+#include "model/Project.h"
+#include "model/Selection.h"
 
 namespace jk {
 
@@ -22,17 +23,14 @@ struct Clipboard {
     void clear() { *this = Clipboard{}; }
 };
 
-Clipboard& clipboard();
-
-// The kind the selection names (selected kind 0 text block, 1 picture,
-// 2 field with the field sub-kind 1 character, otherwise numeric).
-ClipKind selectedClipKind(const Global& g);
+// The clipboard kind of an object kind.
+ClipKind clipKindOf(ObjKind kind);
 
 // Copies the record of object `index` of that kind into its slot and makes
 // it the kind a paste gives. Text blocks come from the text-page table when
 // `page`. False, with the clipboard unchanged, when the object is not there:
 // an index outside the table, a deleted record or another sheet's record.
-bool clipCopy(Clipboard& clip, const Global& g, int sheetCode, ClipKind kind, int index, bool page);
+bool clipCopy(Clipboard& clip, const Project& project, int sheetCode, ClipKind kind, int index, bool page);
 
 struct PasteResult {
     enum Status { Pasted, Empty, Full } status = Empty;
@@ -48,7 +46,7 @@ struct PasteResult {
 // position is kept, except that a left at or past `sheetWidth` (twips)
 // puts the object against the sheet's right edge. A full table is left
 // as it is (Full); so is everything when nothing was copied (Empty).
-PasteResult clipPaste(const Clipboard& clip, Global& g, int sheetCode, bool toPage, int sheetWidth);
+PasteResult clipPaste(const Clipboard& clip, Project& project, int sheetCode, bool toPage, int sheetWidth);
 
 // The left a pasted object gets: its own, or against the right edge when
 // it would start off the sheet (never left of the sheet's own left edge).

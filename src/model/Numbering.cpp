@@ -1,8 +1,5 @@
 #include "model/Numbering.h"
-#include "file/FieldValues.h"
-#include "model/Global.h"
-#include "model/Procedures.h"
-#include "model/Shell.h"
+#include "file/ValueFile.h"
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QSet>
@@ -12,31 +9,14 @@ namespace jk {
 
 namespace {
 
-FieldShownHook g_hook;
-
-// Format codes of the sheets that are open. Without a main window (tools,
-// tests of this module) every sheet counts as open.
-QSet<int> openSheets()
+bool liveNumField(const Project& project, int index)
 {
-    QSet<int> codes;
-    if (IShell* s = shell()) {
-        for (ISheet* sheet : s->sheets()) codes.insert(sheet->formatCode());
-    } else {
-        codes = {FmtSimple, FmtDouble, FmtInside, FmtCdRom, FmtJacket};
-    }
-    return codes;
+    return index >= 1 && index <= project.numFields().count() && !project.numFields().at(index).isFree();
 }
 
-bool liveNumField(int index)
+bool liveCharField(const Project& project, int index)
 {
-    const Global& g = G();
-    return index >= 1 && index <= g.numFields.count() && !g.numFields.at(index).isFree();
-}
-
-bool liveCharField(int index)
-{
-    const Global& g = G();
-    return index >= 1 && index <= g.charFields.count() && !g.charFields.at(index).isFree();
+    return index >= 1 && index <= project.charFields().count() && !project.charFields().at(index).isFree();
 }
 
 // Control characters other than the tab do not occur in a text file.
@@ -81,11 +61,10 @@ int leadingNumber(const QString& text)
 int nextFieldNumber(int n) { return n >= kMaxFieldNumber ? kMaxFieldNumber : n + 1; }
 int previousFieldNumber(int n) { return n <= 0 ? n : n - 1; }
 
-QString numFieldText(int index)
+QString numFieldText(const Project& project, int index)
 {
-    const Global& g = G();
-    if (!g.numFields.valid(index)) return {};
-    const NumFieldRecord& r = g.numFields.at(index);
+    if (!project.numFields().valid(index)) return {};
+    const NumFieldRecord& r = project.numFields().at(index);
     return r.shown.value_or(formatFieldNumber(r.number, r.digits));
 }
 
@@ -132,127 +111,103 @@ bool writeFieldValues(const QString& path, const QStringList& values, QString* e
     return true;
 }
 
-// ---- Shown texts --------------------------------------------------------------
-
-void setFieldShownHook(FieldShownHook hook) { g_hook = std::move(hook); }
-
-void setNumFieldShown(int index, const QString& text)
-{
-    Global& g = G();
-    if (!g.numFields.valid(index)) return;
-    g.numFields.at(index).shown = text;
-    if (g_hook) g_hook(true, index);
-}
-
-void setCharFieldShown(int index, const QString& text)
-{
-    Global& g = G();
-    if (!g.charFields.valid(index)) return;
-    g.charFields.at(index).text = text;
-    if (g_hook) g_hook(false, index);
-}
-
 // ---- Stepping ----------------------------------------------------------------
 
-void showNumberEverywhere(const QString& text)
+void showNumberEverywhere(Project& project, const QString& text)
 {
-    Global& g = G();
-    const QSet<int> open = openSheets();
+    const int open = project.sheetComposition();
     bool linked = false;
-    const int last = std::min(g.numFields.count(), kSteppedFieldRange);
+    const int last = std::min(project.numFields().count(), kSteppedFieldRange);
     for (int i = 1; i <= last; ++i) {
-        const NumFieldRecord& r = g.numFields.at(i);
-        if (r.isFree() || !open.contains(r.sheet)) continue;
-        setNumFieldShown(i, text);
+        const NumFieldRecord& r = project.numFields().at(i);
+        if (r.isFree() || !(open & r.sheet)) continue;
+        project.setNumFieldShown(i, text);
         linked = linked || r.spineLink;
     }
-    fieldHandOver().numberText = text;
     if (linked) {
-        g.spineNumberText = text;
-        spinePropagation();
+        project.setSpineNumberText(text);
+        project.propagateSpine();
     }
 }
 
-bool stepNumber(int index, int delta)
+bool stepNumber(Project& project, int index, int delta)
 {
-    if (!liveNumField(index) || delta == 0) return false;
-    const int now = leadingNumber(numFieldText(index));
+    if (!liveNumField(project, index) || delta == 0) return false;
+    const int now = leadingNumber(numFieldText(project, index));
     const int n = delta > 0 ? nextFieldNumber(now) : previousFieldNumber(now);
     if (n == now) return false;
-    G().currentNumber = i16(n);
-    showNumberEverywhere(formatFieldNumber(n, G().numFields.at(index).digits));
+    project.setCurrentNumber(n);
+    showNumberEverywhere(project, formatFieldNumber(n, project.numFields().at(index).digits));
     return true;
 }
 
-bool resetNumber(int index)
+bool resetNumber(Project& project, int index)
 {
-    if (!liveNumField(index)) return false;
-    G().currentNumber = 1;
-    showNumberEverywhere(formatFieldNumber(1, G().numFields.at(index).digits));
+    if (!liveNumField(project, index)) return false;
+    project.setCurrentNumber(1);
+    showNumberEverywhere(project, formatFieldNumber(1, project.numFields().at(index).digits));
     return true;
 }
 
-ValuePosition valuePosition(int index)
+ValuePosition valuePosition(const Project& project, int index)
 {
-    if (!liveCharField(index)) return {};
-    const CharFieldRecord& r = G().charFields.at(index);
+    if (!liveCharField(project, index)) return {};
+    const CharFieldRecord& r = project.charFields().at(index);
     const QStringList values = fieldValues(r.valueFile);
     return {int(values.indexOf(r.text)) + 1, int(values.size())};
 }
 
-bool stepValue(int index, int direction)
+bool stepValue(Project& project, int index, int direction)
 {
-    if (!liveCharField(index) || direction == 0) return false;
-    const CharFieldRecord& r = G().charFields.at(index);
+    if (!liveCharField(project, index) || direction == 0) return false;
+    const CharFieldRecord& r = project.charFields().at(index);
     const QStringList values = fieldValues(r.valueFile);
     const qsizetype p = values.indexOf(r.text);
     if (p < 0) return false;
     const qsizetype q = p + (direction > 0 ? 1 : -1);
     if (q < 0 || q >= values.size()) return false;
-    setCharFieldShown(index, values.at(q));
-    G().currentNumber = i16(std::min<qsizetype>(q + 1, kMaxFieldNumber));
+    project.setCharFieldShown(index, values.at(q));
+    project.setCurrentNumber(int(std::min<qsizetype>(q + 1, kMaxFieldNumber)));
     return true;
 }
 
-void updateSpineNumber()
+void updateSpineNumber(Project& project)
 {
-    Global& g = G();
-    const QSet<int> open = openSheets();
+    const int open = project.sheetComposition();
     QString number;
-    for (int i = 1; i <= g.numFields.count(); ++i) {
-        const NumFieldRecord& r = g.numFields.at(i);
-        if (!r.isFree() && r.spineLink && open.contains(r.sheet)) number = numFieldText(i);
+    for (int i = 1; i <= project.numFields().count(); ++i) {
+        const NumFieldRecord& r = project.numFields().at(i);
+        if (!r.isFree() && r.spineLink && (open & r.sheet)) number = numFieldText(project, i);
     }
-    g.spineNumberText = number;
-    spinePropagation();
+    project.setSpineNumberText(number);
+    project.propagateSpine();
 }
 
 // ---- Printing ----------------------------------------------------------------
 
-void advanceSheet(int sheetCode)
+void advanceSheet(Project& project, int sheetCode)
 {
-    Global& g = G();
     // A sheet's labels step through one list: its first field with a value
     // file moves on.
-    for (int i = 1; i <= g.charFields.count(); ++i) {
-        const CharFieldRecord& r = g.charFields.at(i);
+    for (int i = 1; i <= project.charFields().count(); ++i) {
+        const CharFieldRecord& r = project.charFields().at(i);
         if (r.sheet != sheetCode || r.valueFile.isEmpty() || r.isFree()) continue;
-        stepValue(i, 1);
+        stepValue(project, i, 1);
         break;
     }
     // The numbers are taken before any is written: putting one everywhere
     // must not make the next field of the sheet step twice.
     std::vector<std::pair<int, QString>> steps;
-    for (int i = 1; i <= g.numFields.count(); ++i) {
-        const NumFieldRecord& r = g.numFields.at(i);
-        const QString shown = numFieldText(i);
+    for (int i = 1; i <= project.numFields().count(); ++i) {
+        const NumFieldRecord& r = project.numFields().at(i);
+        const QString shown = numFieldText(project, i);
         if (r.isFree() || r.sheet != sheetCode || shown.isEmpty()) continue;
         steps.emplace_back(i, formatFieldNumber(nextFieldNumber(leadingNumber(shown)), r.digits));
     }
     for (const auto& [index, text] : steps) {
-        setNumFieldShown(index, text);
-        showNumberEverywhere(text);
-        g.currentNumber = i16(leadingNumber(text));
+        project.setNumFieldShown(index, text);
+        showNumberEverywhere(project, text);
+        project.setCurrentNumber(leadingNumber(text));
     }
 }
 
@@ -268,60 +223,62 @@ int numberForCopy(int start, int copy)
     return int(std::min<qint64>(n, kMaxFieldNumber));
 }
 
-CopyNumbering::CopyNumbering()
+CopyNumbering::CopyNumbering(const Project& project)
 {
-    const Global& g = G();
-    for (int i = 1; i <= g.charFields.count(); ++i) {
-        const CharFieldRecord& r = g.charFields.at(i);
+    for (int i = 1; i <= project.charFields().count(); ++i) {
+        const CharFieldRecord& r = project.charFields().at(i);
         if (r.isFree() || r.valueFile.isEmpty()) continue;
         QStringList values = fieldValues(r.valueFile);
         // A field whose file cannot be read keeps what it shows.
         if (!values.isEmpty()) chars_.push_back({i, std::move(values)});
     }
-    for (int i = 1; i <= g.numFields.count(); ++i) {
-        const QString shown = numFieldText(i);
-        if (g.numFields.at(i).isFree() || shown.isEmpty()) continue;
-        nums_.push_back({i, leadingNumber(shown)});
+    for (int i = 1; i <= project.numFields().count(); ++i) {
+        const QString shown = numFieldText(project, i);
+        if (project.numFields().at(i).isFree() || shown.isEmpty()) continue;
+        nums_.push_back({i, leadingNumber(shown), project.numFields().at(i).digits,
+                         project.numFields().at(i).spineLink});
     }
 }
 
-void CopyNumbering::showNumbers(int offset) const
+FieldValues CopyNumbering::numbersAt(int offset) const
 {
-    Global& g = G();
-    QString spine;
-    bool linked = false;
+    FieldValues v;
     for (const NumStart& s : nums_) {
-        const NumFieldRecord& r = g.numFields.at(s.index);
         const int n = numberForCopy(s.number, offset + 1);
-        const QString text = formatFieldNumber(n, r.digits);
-        setNumFieldShown(s.index, text);
-        g.currentNumber = i16(n);
-        fieldHandOver().numberText = text;
-        if (r.spineLink) {
-            spine = text;
-            linked = true;
-        }
+        const QString text = formatFieldNumber(n, s.digits);
+        v.numText.insert(s.index, text);
+        v.lastNumber = n;
+        if (s.spineLink) v.spineNumber = text;
     }
-    if (linked) {
-        g.spineNumberText = spine;
-        spinePropagation();
-    }
+    return v;
 }
 
-void CopyNumbering::showCopy(int copy) const
+FieldValues CopyNumbering::valuesForCopy(int copy) const
 {
-    for (const CharStart& c : chars_) setCharFieldShown(c.index, valueForCopy(c.values, copy));
-    showNumbers(std::max(copy, 1) - 1);
+    FieldValues v = numbersAt(std::max(copy, 1) - 1);
+    for (const CharStart& c : chars_) v.charText.insert(c.index, valueForCopy(c.values, copy));
+    return v;
 }
 
-void CopyNumbering::finish(int copiesPrinted) const { showNumbers(std::max(copiesPrinted, 0)); }
-
-// ---- Hand-over -----------------------------------------------------------------
-
-FieldHandOver& fieldHandOver()
+void CopyNumbering::finish(Project& project, int copiesPrinted) const
 {
-    static FieldHandOver h;
-    return h;
+    FieldValues v = numbersAt(std::max(copiesPrinted, 0));
+    if (copiesPrinted >= 1)
+        for (const CharStart& c : chars_) v.charText.insert(c.index, valueForCopy(c.values, copiesPrinted));
+    applyFieldValues(project, v);
+}
+
+void applyFieldValues(Project& project, const FieldValues& values)
+{
+    for (auto it = values.charText.cbegin(); it != values.charText.cend(); ++it)
+        project.setCharFieldShown(it.key(), *it);
+    for (auto it = values.numText.cbegin(); it != values.numText.cend(); ++it)
+        project.setNumFieldShown(it.key(), *it);
+    if (values.lastNumber) project.setCurrentNumber(*values.lastNumber);
+    if (values.spineNumber) {
+        project.setSpineNumberText(*values.spineNumber);
+        project.propagateSpine();
+    }
 }
 
 }  // namespace jk

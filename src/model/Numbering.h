@@ -8,6 +8,8 @@
 // 32767 again. A label run never gets there, and wrapping round to a
 // negative number or to 0 would print labels that look like the start of a
 // new run. Stepping down stops at 0.
+#include "model/FieldValues.h"
+#include "model/Project.h"
 #include "model/Records.h"
 #include <QString>
 #include <QStringList>
@@ -34,7 +36,7 @@ int previousFieldNumber(int n);
 
 // What numeric field `index` shows now: its stepped text, else its number
 // with its digit code. Empty for an index outside the table.
-QString numFieldText(int index);
+QString numFieldText(const Project& project, int index);
 
 // ---- Value files -------------------------------------------------------------
 
@@ -55,17 +57,18 @@ QStringList fieldValues(const QString& path);
 bool writeFieldValues(const QString& path, const QStringList& values, QString* error = nullptr);
 
 // ---- Stepping ----------------------------------------------------------------
+// Stepping changes what the fields of the open sheets show; it is the only
+// thing besides editing that changes the document's fields.
 
 // Puts the text into numeric fields 1-50 of every open sheet; when one of
-// them is linked to the spines, the text becomes the spine number and the
-// spines are redrawn.
-void showNumberEverywhere(const QString& text);
-// stepNumberForward and stepNumberBack: field `index`'s shown number, one up or one down,
-// formatted with its digit code, shown everywhere. False (nothing changed)
-// at 32767 going up, at 0 going down, or for a missing field.
-bool stepNumber(int index, int delta);
-// resetNumbers: 1 with the field's digit code, shown everywhere.
-bool resetNumber(int index);
+// them is linked to the spines, the text becomes the spine number.
+void showNumberEverywhere(Project& project, const QString& text);
+// Field `index`'s shown number, one up or one down, formatted with its
+// digit code, shown everywhere. False (nothing changed) at 32767 going up,
+// at 0 going down, or for a missing field.
+bool stepNumber(Project& project, int index, int delta);
+// 1 with the field's digit code, shown everywhere.
+bool resetNumber(Project& project, int index);
 
 // Where character field `index`'s shown value lies in its file: position
 // from 1 (0 when it is not there) and the number of values.
@@ -73,22 +76,22 @@ struct ValuePosition {
     int position = 0;
     int count = 0;
 };
-ValuePosition valuePosition(int index);
-// nextValue (+1) and previousValue (-1): the value after or before the shown one.
-// False, changing nothing, at either end, when the shown value is not in the
-// file, or when the file cannot be read.
-bool stepValue(int index, int direction);
+ValuePosition valuePosition(const Project& project, int index);
+// The value after (+1) or before (-1) the shown one. False, changing
+// nothing, at either end, when the shown value is not in the file, or when
+// the file cannot be read.
+bool stepValue(Project& project, int index, int direction);
 
 // The spine number follows the spine-linked field of an open sheet (the
-// last one in the table); with none it is emptied. Redraws the spines.
-void updateSpineNumber();
+// last one in the table); with none it is emptied.
+void updateSpineNumber(Project& project);
 
 // ---- Printing ----------------------------------------------------------------
 
-// advanceFields: after a sheet was printed, the first character field of that
-// sheet with a value file shows its next value, and each numeric field of
-// the sheet that shows a number shows the one after it, in every open sheet.
-void advanceSheet(int sheetCode);
+// After a sheet was printed, the first character field of that sheet with
+// a value file shows its next value, and each numeric field of the sheet
+// that shows a number shows the one after it, in every open sheet.
+void advanceSheet(Project& project, int sheetCode);
 
 // The value copy `copy` (from 1) shows: the copy-th one, the last one when
 // the list is shorter; empty for an empty list.
@@ -99,18 +102,19 @@ int numberForCopy(int start, int copy);
 
 // One project print run. Made when the run starts: every character field's
 // values (each file read once) and the number each numeric field shows.
-// The records keep their start numbers; a run changes what fields show.
+// Each copy's texts are handed to the drawing path as values; the document
+// changes once, when the run is over.
 class CopyNumbering {
 public:
-    CopyNumbering();
-    // Before copy `copy` (from 1) is printed: each character field with
-    // values shows the copy's value, each numeric field that shows a number
-    // shows its start + copy - 1 with its own digit code; linked fields
-    // carry their number to the spines.
-    void showCopy(int copy) const;
+    explicit CopyNumbering(const Project& project);
+    // What copy `copy` (from 1) shows: each character field with values the
+    // copy's value, each numeric field that shows a number its start +
+    // copy - 1 with its own digit code; linked fields carry their number to
+    // the spines.
+    FieldValues valuesForCopy(int copy) const;
     // After the run: numeric fields show the number after the last copy, so
     // the next run goes on from there; character fields keep the last value.
-    void finish(int copiesPrinted) const;
+    void finish(Project& project, int copiesPrinted) const;
 
 private:
     struct CharStart {
@@ -120,30 +124,15 @@ private:
     struct NumStart {
         int index;
         int number;
+        int digits;
+        bool spineLink;
     };
-    void showNumbers(int offset) const;
+    FieldValues numbersAt(int offset) const;
     std::vector<CharStart> chars_;
     std::vector<NumStart> nums_;
 };
 
-// ---- Hand-over -----------------------------------------------------------------
-
-// The field dialog's results besides the accepted flag and the alignment
-// (which live in Global): the values text or the start value, the number
-// text, and the file of the values.
-struct FieldHandOver {
-    QString fieldText;
-    QString numberText;
-    QString valueFile;
-};
-FieldHandOver& fieldHandOver();
-
-// Called whenever a field's shown text changes (numeric: true for a numeric
-// field), so the sheets can fit the field to its new text and repaint it.
-using FieldShownHook = std::function<void(bool numeric, int index)>;
-void setFieldShownHook(FieldShownHook hook);
-// Sets what a field shows and tells the hook.
-void setNumFieldShown(int index, const QString& text);
-void setCharFieldShown(int index, const QString& text);
+// Makes the fields show these values (the end of a run, or a step).
+void applyFieldValues(Project& project, const FieldValues& values);
 
 }  // namespace jk

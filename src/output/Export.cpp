@@ -1,7 +1,9 @@
 #include "output/Export.h"
 #include "file/ProjectFile.h"
 #include "render/SheetRenderer.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
+#include "model/Formats.h"
+#include "model/Project.h"
 #include "file/MessageFile.h"
 #include "file/Paths.h"
 #include <QDir>
@@ -29,13 +31,13 @@ bool writePng(const QImage& img, const QString& path, QTextStream& err)
 
 int exportProject(const QString& dir, const QString& projectPath, QTextStream& err)
 {
-    Global& g = G();
     // The reader's message titles come from the message file, as in the GUI.
-    g.texts = loadMessageFile(paths::messageFile());
-    g.resetProject();
+    appSetup().texts = loadMessageFile(paths::messageFile());
 
+    Project project;
+    ProjectData data = project.data();
     int reported = 0;
-    const ProjectReadResult r = readProject(projectPath, [&](const QString& description, const QString& title) {
+    const ProjectReadResult r = readProject(projectPath, data, [&](const QString& description, const QString& title) {
         ++reported;
         err << "jewlkit: " << projectPath << ": ";
         if (!title.isEmpty()) err << title << ": ";
@@ -49,23 +51,19 @@ int exportProject(const QString& dir, const QString& projectPath, QTextStream& e
         err << "jewlkit: cannot create the folder " << dir << Qt::endl;
         return 1;
     }
+    project.load(std::move(data));
     const QDir out(dir);
     bool ok = reported == 0 && r.errors == 0;
-    const struct {
-        bool Global::*choice;
-        int code;
-    } sheets[] = {{&Global::simpleChoice, FmtSimple}, {&Global::doubleChoice, FmtDouble},
-                  {&Global::jacketChoice, FmtJacket}, {&Global::cdChoice, FmtCdRom},
-                  {&Global::insideChoice, FmtInside}};
-    for (const auto& s : sheets) {
-        if (!(g.*(s.choice))) continue;
-        sheet::RenderOptions o = sheet::defaultOptions(s.code);
+    const int sheets = r.chosenSheets.value_or(0);
+    for (const FormatInfo& f : formats()) {
+        if (!(sheets & f.code)) continue;
+        sheet::RenderOptions o = sheet::defaultOptions(project, f.code);
         o.textPage = false;
-        ok &= writePng(sheet::renderImage(s.code, kExportDpi, o), out.filePath(QString::number(s.code) + ".png"), err);
-        if (s.code == FmtDouble || s.code == FmtJacket) {
+        const QString base = out.filePath(QString::number(f.code));
+        ok &= writePng(sheet::renderImage(project, f.code, kExportDpi, o), base + ".png", err);
+        if (f.textPage) {
             o.textPage = true;
-            ok &= writePng(sheet::renderImage(s.code, kExportDpi, o),
-                           out.filePath(QString::number(s.code) + "-text.png"), err);
+            ok &= writePng(sheet::renderImage(project, f.code, kExportDpi, o), base + "-text.png", err);
         }
     }
     return ok ? 0 : 1;

@@ -3,27 +3,23 @@
 
 namespace jk::sheet {
 
-bool isFormatCode(int code)
-{
-    return code == FmtSimple || code == FmtDouble || code == FmtInside || code == FmtCdRom || code == FmtJacket;
-}
+bool isFormatCode(int code) { return jk::isFormatCode(code); }
 
 const std::vector<int>& formatCodes()
 {
-    static const std::vector<int> codes{FmtSimple, FmtDouble, FmtJacket, FmtCdRom, FmtInside};
+    static const std::vector<int> codes = [] {
+        std::vector<int> c;
+        for (const FormatInfo& f : formats()) c.push_back(f.code);
+        return c;
+    }();
     return codes;
 }
 
 FormatLayout formatLayout(int code)
 {
-    switch (code) {
-    case FmtSimple: return {code, QRectF(0, 0, 12.3, 11.95), false, false, false};
-    case FmtDouble: return {code, QRectF(0, 0, 12.3, 11.95), false, true, false};
-    case FmtInside: return {code, QRectF(0, 0, 15, 11.75), true, false, false};
-    case FmtCdRom: return {code, QRectF(0, 0, 12, 12), false, false, true};
-    case FmtJacket: return {code, QRectF(0.5, 0.5, 12.3, 12.5), false, true, false};
-    default: return {};
-    }
+    const FormatInfo* f = formatInfo(code);
+    if (!f) return {};
+    return {f->code, f->canvasCm, f->spines, f->textPage, f->disc};
 }
 
 QSizeF canvasSizeTwips(int code)

@@ -4,6 +4,7 @@
 // window's commands a sheet turns on or off. Widget-free, so the rules can be
 // checked directly.
 #include "model/Colors.h"
+#include "model/Formats.h"
 #include "model/Records.h"
 #include <QColor>
 #include <QRect>

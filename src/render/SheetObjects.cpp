@@ -1,7 +1,6 @@
 #include "render/SheetObjects.h"
 #include "render/SheetLayout.h"
 #include "render/SheetRenderer.h"
-#include "model/Global.h"
 #include <QFontMetricsF>
 #include <QStringList>
 #include <cmath>
@@ -94,73 +93,36 @@ QString numberText(const NumFieldRecord& r)
     return QString::number(r.number).rightJustified(r.digits, u'0');
 }
 
-bool objectExists(int code, ObjectRef r)
+QString shownText(const Project& project, ObjectRef r, const FieldValues& fields)
 {
-    const Global& g = G();
+    const jk::ProjectData& d = project.data();
     switch (r.kind) {
-    case ObjKind::Text: return g.freeText.valid(r.index) && g.freeText.at(r.index).sheet == code && !g.freeText.at(r.index).isFree();
-    case ObjKind::PageText: return g.pageText.valid(r.index) && g.pageText.at(r.index).sheet == code && !g.pageText.at(r.index).isFree();
-    case ObjKind::Picture: return g.pictures.valid(r.index) && g.pictures.at(r.index).sheet == code && !g.pictures.at(r.index).isFree();
-    case ObjKind::CharField: return g.charFields.valid(r.index) && g.charFields.at(r.index).sheet == code && !g.charFields.at(r.index).isFree();
-    case ObjKind::NumField: return g.numFields.valid(r.index) && g.numFields.at(r.index).sheet == code && !g.numFields.at(r.index).isFree();
-    }
-    return false;
-}
-
-TextStyle* textStyle(ObjectRef r)
-{
-    Global& g = G();
-    switch (r.kind) {
-    case ObjKind::Text: return g.freeText.valid(r.index) ? &g.freeText.at(r.index).style : nullptr;
-    case ObjKind::PageText: return g.pageText.valid(r.index) ? &g.pageText.at(r.index).style : nullptr;
-    case ObjKind::CharField: return g.charFields.valid(r.index) ? &g.charFields.at(r.index).style : nullptr;
-    case ObjKind::NumField: return g.numFields.valid(r.index) ? &g.numFields.at(r.index).style : nullptr;
-    case ObjKind::Picture: return nullptr;
-    }
-    return nullptr;
-}
-
-QString shownText(ObjectRef r)
-{
-    const Global& g = G();
-    switch (r.kind) {
-    case ObjKind::Text: return g.freeText.valid(r.index) ? g.freeText.at(r.index).text : QString();
-    case ObjKind::PageText: return g.pageText.valid(r.index) ? g.pageText.at(r.index).text : QString();
-    case ObjKind::CharField: return g.charFields.valid(r.index) ? g.charFields.at(r.index).text : QString();
+    case ObjKind::Text: return d.freeText.valid(r.index) ? d.freeText.at(r.index).text : QString();
+    case ObjKind::PageText: return d.pageText.valid(r.index) ? d.pageText.at(r.index).text : QString();
+    case ObjKind::CharField:
+        if (const auto it = fields.charText.constFind(r.index); it != fields.charText.cend()) return *it;
+        return d.charFields.valid(r.index) ? d.charFields.at(r.index).text : QString();
     case ObjKind::NumField:
+        if (const auto it = fields.numText.constFind(r.index); it != fields.numText.cend()) return *it;
         // Stepping and printing change what a field shows, not its number.
-        return g.numFields.valid(r.index) ? g.numFields.at(r.index).shown.value_or(numberText(g.numFields.at(r.index)))
+        return d.numFields.valid(r.index) ? d.numFields.at(r.index).shown.value_or(numberText(d.numFields.at(r.index)))
                                           : QString();
     case ObjKind::Picture: return {};
     }
     return {};
 }
 
-int recordBorder(ObjectRef r)
+int recordBorder(const Project& project, ObjectRef r)
 {
-    const TextStyle* s = textStyle(r);
+    const TextStyle* s = project.style(r);
     return s ? s->borderStyle : 0;
 }
 
-std::optional<Geometry> geometry(ObjectRef r)
+QRect objectRectTwips(const Project& project, int code, ObjectRef r)
 {
     if (r.kind == ObjKind::Picture) {
-        Global& g = G();
-        if (!g.pictures.valid(r.index)) return std::nullopt;
-        PictureRecord& p = g.pictures.at(r.index);
-        return Geometry{&p.left, &p.top, &p.width, &p.height};
-    }
-    TextStyle* s = textStyle(r);
-    if (!s) return std::nullopt;
-    return Geometry{&s->left, &s->top, &s->width, &s->height};
-}
-
-QRect objectRectTwips(int code, ObjectRef r)
-{
-    if (r.kind == ObjKind::Picture) {
-        const Global& g = G();
-        if (!g.pictures.valid(r.index)) return {};
-        const PictureRecord& p = g.pictures.at(r.index);
+        if (!project.pictures().valid(r.index)) return {};
+        const PictureRecord& p = project.pictures().at(r.index);
         QSize size(p.width, p.height);
         if (p.displayMode == 2 || p.width <= 0 || p.height <= 0) {
             const QSize px = pictureSize(p.file);
@@ -168,7 +130,7 @@ QRect objectRectTwips(int code, ObjectRef r)
         }
         return QRect(QPoint(p.left, p.top), size);
     }
-    const TextStyle* s = textStyle(r);
+    const TextStyle* s = project.style(r);
     if (!s) return {};
     QRect rect(s->left, s->top, s->width, s->height);
     if (r.kind == ObjKind::PageText) rect.translate(textPageRect(code).topLeft());

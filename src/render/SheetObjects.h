@@ -2,9 +2,10 @@
 // The objects of a sheet as the records describe them: which record an object
 // is, where it lies, which font it shows and how large its text is. Widget-
 // free; the drawing path and the sheet window both work from these.
+#include "model/FieldValues.h"
+#include "model/Project.h"
 #include "model/Records.h"
 #include <QFont>
-#include <QHashFunctions>
 #include <QRect>
 #include <QSize>
 #include <QString>
@@ -12,21 +13,11 @@
 
 namespace jk::sheet {
 
-// The five kinds of object, by the control array that shows them.
-enum class ObjKind : int {
-    Text,       // OBJ: free text block
-    PageText,   // OBJIN: text block of the text page
-    Picture,    // Pic
-    CharField,  // FCHAR
-    NumField,   // FNUM
-};
+using jk::Project;
+using jk::FieldValues;
 
-struct ObjectRef {
-    ObjKind kind = ObjKind::Text;
-    int index = 0;
-    friend bool operator==(const ObjectRef&, const ObjectRef&) = default;
-};
-inline size_t qHash(const ObjectRef& r, size_t seed = 0) { return ::qHashMulti(seed, int(r.kind), r.index); }
+using jk::ObjectRef;
+using jk::ObjKind;
 
 // What a new text block shows when the text dialog set no font.
 inline constexpr i32 kDefaultTextColour = 80008;
@@ -53,29 +44,15 @@ QSize textExtentTwips(const TextStyle& s, const QString& text);
 // count, empty for a digit code outside 1-4.
 QString numberText(const NumFieldRecord& r);
 
-// True when the record of the object exists, belongs to the sheet of this
-// format code and is not deleted.
-bool objectExists(int code, ObjectRef r);
-// The text style of a text object or field; null for pictures and for
-// indexes outside their table.
-TextStyle* textStyle(ObjectRef r);
-// The text a text object or field shows.
-QString shownText(ObjectRef r);
+// The text a text object or field shows: what the field values name for
+// it, else what its record shows.
+QString shownText(const Project& project, ObjectRef r, const FieldValues& fields = {});
 // The border style stored for the object (pictures have none: 0).
-int recordBorder(ObjectRef r);
-
-// The stored position and size of an object, as writable fields.
-struct Geometry {
-    i16* left = nullptr;
-    i16* top = nullptr;
-    i16* width = nullptr;
-    i16* height = nullptr;
-};
-std::optional<Geometry> geometry(ObjectRef r);
+int recordBorder(const Project& project, ObjectRef r);
 
 // Where the object lies in canvas twips (text-page blocks are moved by the
 // text page's corner; a picture at actual size takes its image's size).
-QRect objectRectTwips(int code, ObjectRef r);
+QRect objectRectTwips(const Project& project, int code, ObjectRef r);
 
 // Clamps to the 16-bit range the records hold.
 i16 clampTwips(qint64 v);

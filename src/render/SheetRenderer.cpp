@@ -1,5 +1,4 @@
 #include "render/SheetRenderer.h"
-#include "model/Global.h"
 #include <QCache>
 #include <QFileInfo>
 #include <QFontMetricsF>
@@ -56,12 +55,18 @@ QSize devicePixels(const QPainter& p, const QRectF& twips)
     return QSize(std::max(1, qCeil(d.width() * dpr)), std::max(1, qCeil(d.height() * dpr)));
 }
 
-void drawBackground(QPainter& p, int code, const QRectF& canvas)
+// What one paint needs besides the painter.
+struct Scene {
+    const Project& project;
+    int code;
+    const RenderOptions& o;
+    const FieldValues& fields;
+};
+
+void drawBackground(QPainter& p, const Scene& s, const QRectF& canvas)
 {
     p.fillRect(canvas, Qt::white);
-    const Global& g = G();
-    if (code < 1 || code >= int(g.backgrounds.size())) return;
-    const Background b = parseBackground(g.backgrounds[std::size_t(code)].text);
+    const Background b = parseBackground(s.project.background(s.code).text);
     if (b.kind == Background::Colour) {
         p.fillRect(canvas, winColor(b.colour));
     } else if (b.kind == Background::Picture) {
@@ -83,10 +88,10 @@ void drawMissingPicture(QPainter& p, const QRectF& r)
     frame(p, r, QColor(150, 150, 150));
 }
 
-void drawPicture(QPainter& p, int code, int index, const RenderOptions& o, int border)
+void drawPicture(QPainter& p, const Scene& s, int index, int border)
 {
-    const PictureRecord& r = G().pictures.at(index);
-    const QRectF rect = objectRectTwips(code, {ObjKind::Picture, index});
+    const PictureRecord& r = s.project.pictures().at(index);
+    const QRectF rect = objectRectTwips(s.project, s.code, {ObjKind::Picture, index});
     if (rect.isEmpty()) return;
     if (r.file.startsWith(u'~')) {
         // A plain colour chosen in the picture dialog.
@@ -94,29 +99,31 @@ void drawPicture(QPainter& p, int code, int index, const RenderOptions& o, int b
     } else {
         const QImage img = pictureAtSize(r.file, devicePixels(p, rect));
         if (!img.isNull()) p.drawImage(rect, img);
-        else if (o.missingPictureMarks) drawMissingPicture(p, rect);
+        else if (s.o.missingPictureMarks) drawMissingPicture(p, rect);
     }
     if (border == 1) frame(p, rect, Qt::black);
 }
 
-void drawObject(QPainter& p, int code, ObjectRef ref, const RenderOptions& o, QPointF origin)
+void drawObject(QPainter& p, const Scene& s, ObjectRef ref, QPointF origin)
 {
-    const int border = o.shownBorder.value(ref, recordBorder(ref));
+    const int border = s.o.shownBorder.value(ref, recordBorder(s.project, ref));
     if (ref.kind == ObjKind::Picture) {
-        drawPicture(p, code, ref.index, o, border);
+        drawPicture(p, s, ref.index, border);
         return;
     }
-    if (const TextStyle* s = textStyle(ref)) drawTextObject(p, *s, shownText(ref), origin, border);
+    if (const TextStyle* st = s.project.style(ref))
+        drawTextObject(p, *st, shownText(s.project, ref, s.fields), origin, border);
 }
 
-void drawSpine(QPainter& p, const QRect& panel, Spine side)
+void drawSpine(QPainter& p, const Scene& s, const QRect& panel, Spine side)
 {
-    const Global::SpineFont& sf = G().spineFont;
+    const SpineFont& sf = s.project.spineFont();
     p.save();
     p.setClipRect(panel, Qt::IntersectClip);
     p.fillRect(panel, winColor(sf.backColor));
     frame(p, panel, Qt::black);
-    const QString line = spineLine(G().spineText, G().spineNumberText);
+    const QString line =
+        spineLine(s.project.spineText(), s.fields.spineNumber.value_or(s.project.spineNumberText()));
     if (!line.isEmpty()) {
         p.setFont(textFont(sf.name.isEmpty() ? QStringLiteral("Arial") : sf.name, sf.size, sf.bold != 0,
                            sf.italic != 0, sf.underline != 0, sf.strikethru != 0));
@@ -131,12 +138,12 @@ void drawSpine(QPainter& p, const QRect& panel, Spine side)
     p.restore();
 }
 
-void drawTextPage(QPainter& p, int code, const RenderOptions& o)
+void drawTextPage(QPainter& p, const Scene& s)
 {
-    const QRect panel = textPageRect(code);
+    const QRect panel = textPageRect(s.code);
     p.fillRect(panel, Qt::white);
-    for (const ObjectRef& ref : pageStacking(code, o)) drawObject(p, code, ref, o, panel.topLeft());
-    if (o.textPageBorder) frame(p, panel, Qt::black);
+    for (const ObjectRef& ref : pageStacking(s.project, s.code, s.o)) drawObject(p, s, ref, panel.topLeft());
+    if (s.o.textPageBorder) frame(p, panel, Qt::black);
 }
 
 void drawDiscOutline(QPainter& p, const QRectF& canvas)
@@ -201,77 +208,77 @@ QImage loadByKey(const QString& path, const QString& key)
 
 }  // namespace
 
-std::vector<ObjectRef> canvasStacking(int code, const RenderOptions& o)
+std::vector<ObjectRef> canvasStacking(const Project& project, int code, const RenderOptions& o)
 {
     std::vector<ObjectRef> out;
     QSet<ObjectRef> seen;
     for (const ObjectRef& ref : o.stacking)
-        if (ref.kind != ObjKind::PageText && objectExists(code, ref) && !seen.contains(ref)) {
+        if (ref.kind != ObjKind::PageText && project.exists(code, ref) && !seen.contains(ref)) {
             seen.insert(ref);
             out.push_back(ref);
         }
-    const Global& g = G();
-    const std::pair<ObjKind, int> kinds[] = {{ObjKind::Picture, g.pictures.count()},
-                                             {ObjKind::Text, g.freeText.count()},
-                                             {ObjKind::CharField, g.charFields.count()},
-                                             {ObjKind::NumField, g.numFields.count()}};
+    const std::pair<ObjKind, int> kinds[] = {{ObjKind::Picture, project.pictures().count()},
+                                             {ObjKind::Text, project.freeText().count()},
+                                             {ObjKind::CharField, project.charFields().count()},
+                                             {ObjKind::NumField, project.numFields().count()}};
     for (const auto& [kind, count] : kinds)
         for (int i = 1; i <= count; ++i) {
             const ObjectRef ref{kind, i};
-            if (objectExists(code, ref) && !seen.contains(ref)) out.push_back(ref);
+            if (project.exists(code, ref) && !seen.contains(ref)) out.push_back(ref);
         }
     return out;
 }
 
-std::vector<ObjectRef> pageStacking(int code, const RenderOptions& o)
+std::vector<ObjectRef> pageStacking(const Project& project, int code, const RenderOptions& o)
 {
     std::vector<ObjectRef> out;
     if (!formatLayout(code).textPage) return out;
     QSet<ObjectRef> seen;
     for (const ObjectRef& ref : o.pageStacking)
-        if (ref.kind == ObjKind::PageText && objectExists(code, ref) && !seen.contains(ref)) {
+        if (ref.kind == ObjKind::PageText && project.exists(code, ref) && !seen.contains(ref)) {
             seen.insert(ref);
             out.push_back(ref);
         }
-    for (int i = 1; i <= G().pageText.count(); ++i) {
+    for (int i = 1; i <= project.pageText().count(); ++i) {
         const ObjectRef ref{ObjKind::PageText, i};
-        if (objectExists(code, ref) && !seen.contains(ref)) out.push_back(ref);
+        if (project.exists(code, ref) && !seen.contains(ref)) out.push_back(ref);
     }
     return out;
 }
 
-Hit hitTest(int code, const RenderOptions& o, QPoint pt)
+Hit hitTest(const Project& project, int code, const RenderOptions& o, QPoint pt)
 {
     const FormatLayout layout = formatLayout(code);
     Hit hit;
     if (!layout.code || !QRect(QPoint(0, 0), canvasSizeTwips(code).toSize()).contains(pt)) return hit;
     if (layout.textPage && o.textPage && textPageRect(code).contains(pt)) {
         // The text page covers the canvas: only its own blocks answer.
-        const auto blocks = pageStacking(code, o);
+        const auto blocks = pageStacking(project, code, o);
         for (auto it = blocks.rbegin(); it != blocks.rend(); ++it)
-            if (objectRectTwips(code, *it).contains(pt)) return {Hit::Object, *it};
+            if (objectRectTwips(project, code, *it).contains(pt)) return {Hit::Object, *it};
         return hit;
     }
     if (layout.spines && o.spines &&
         (spineRect(code, Spine::Left).contains(pt) || spineRect(code, Spine::Right).contains(pt)))
         return {Hit::Panel, {}};
-    const auto objects = canvasStacking(code, o);
+    const auto objects = canvasStacking(project, code, o);
     for (auto it = objects.rbegin(); it != objects.rend(); ++it) {
         if (it->kind == ObjKind::Picture && o.hiddenPictures.contains(it->index)) continue;
-        if (objectRectTwips(code, *it).contains(pt)) return {Hit::Object, *it};
+        if (objectRectTwips(project, code, *it).contains(pt)) return {Hit::Object, *it};
     }
     return hit;
 }
 
-RenderOptions defaultOptions(int code)
+RenderOptions defaultOptions(const Project& project, int code)
 {
     RenderOptions o;
-    o.spines = formatLayout(code).spines && !G().spinesHidden;
+    o.spines = formatLayout(code).spines && !project.spinesHidden();
     return o;
 }
 
-void paint(QPainter& p, int code, const RenderOptions& o)
+void paint(QPainter& p, const Project& project, int code, const RenderOptions& o, const FieldValues& fields)
 {
+    const Scene scene{project, code, o, fields};
     const FormatLayout layout = formatLayout(code);
     if (!layout.code) return;
     const QRectF canvas(QPointF(0, 0), canvasSizeTwips(code));
@@ -280,30 +287,30 @@ void paint(QPainter& p, int code, const RenderOptions& o)
     p.setRenderHint(QPainter::SmoothPixmapTransform);
     p.setRenderHint(QPainter::TextAntialiasing);
 
-    drawBackground(p, code, canvas);
+    drawBackground(p, scene, canvas);
     // The canvas's objects lie below the panels (spines, text page); the
     // text page also hides the sheet's pictures, which matters for presses.
-    for (const ObjectRef& ref : canvasStacking(code, o))
-        if (ref.kind != ObjKind::Picture || !o.hiddenPictures.contains(ref.index)) drawObject(p, code, ref, o, {});
+    for (const ObjectRef& ref : canvasStacking(project, code, o))
+        if (ref.kind != ObjKind::Picture || !o.hiddenPictures.contains(ref.index)) drawObject(p, scene, ref, {});
     if (layout.spines && o.spines) {
-        drawSpine(p, spineRect(code, Spine::Left), Spine::Left);
-        drawSpine(p, spineRect(code, Spine::Right), Spine::Right);
+        drawSpine(p, scene, spineRect(code, Spine::Left), Spine::Left);
+        drawSpine(p, scene, spineRect(code, Spine::Right), Spine::Right);
     }
-    if (layout.textPage && o.textPage) drawTextPage(p, code, o);
+    if (layout.textPage && o.textPage) drawTextPage(p, scene);
     if (o.border) frame(p, canvas, Qt::black);
     if (layout.disc && o.discPreview) drawDiscOutline(p, canvas);
     p.restore();
 }
 
-void paintOnDevice(QPainter& p, int code, const RenderOptions& o)
+void paintOnDevice(QPainter& p, const Project& project, int code, const RenderOptions& o, const FieldValues& fields)
 {
     p.save();
     p.scale(p.device()->logicalDpiX() / kTwipsPerInch, p.device()->logicalDpiY() / kTwipsPerInch);
-    paint(p, code, o);
+    paint(p, project, code, o, fields);
     p.restore();
 }
 
-QImage renderImage(int code, double dpi, const RenderOptions& o)
+QImage renderImage(const Project& project, int code, double dpi, const RenderOptions& o, const FieldValues& fields)
 {
     const QSizeF twips = canvasSizeTwips(code);
     if (twips.isEmpty() || dpi <= 0) return {};
@@ -315,11 +322,11 @@ QImage renderImage(int code, double dpi, const RenderOptions& o)
     img.fill(Qt::white);
     QPainter p(&img);
     p.scale(scale, scale);
-    paint(p, code, o);
+    paint(p, project, code, o, fields);
     return img;
 }
 
-bool renderPdf(int code, const QString& path, const RenderOptions& o)
+bool renderPdf(const Project& project, int code, const QString& path, const RenderOptions& o)
 {
     const QRectF cm = formatLayout(code).canvasCm;
     if (cm.isEmpty()) return false;
@@ -332,7 +339,7 @@ bool renderPdf(int code, const QString& path, const RenderOptions& o)
         return false;
     QPainter p;
     if (!p.begin(&writer)) return false;
-    paintOnDevice(p, code, o);
+    paintOnDevice(p, project, code, o);
     return p.end();
 }
 

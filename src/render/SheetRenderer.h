@@ -39,8 +39,8 @@ struct RenderOptions {
 
 // The objects as they are drawn, back to front: the canvas's, and the text
 // page's blocks. Deleted objects and other sheets' records are left out.
-std::vector<ObjectRef> canvasStacking(int code, const RenderOptions& o);
-std::vector<ObjectRef> pageStacking(int code, const RenderOptions& o);
+std::vector<ObjectRef> canvasStacking(const Project& project, int code, const RenderOptions& o);
+std::vector<ObjectRef> pageStacking(const Project& project, int code, const RenderOptions& o);
 
 // What a press at a point of the canvas (twips) meets: the front-most object
 // under it, a panel that covers the objects there (spine, text page), or
@@ -49,31 +49,40 @@ struct Hit {
     enum Kind { Canvas, Object, Panel } kind = Canvas;
     ObjectRef ref;
 };
-Hit hitTest(int code, const RenderOptions& o, QPoint twips);
+Hit hitTest(const Project& project, int code, const RenderOptions& o, QPoint twips);
 
 // The options a sheet has when nothing in a window says otherwise.
-RenderOptions defaultOptions(int code);
+RenderOptions defaultOptions(const Project& project, int code);
 
 // Paints the sheet of the format with the painter already mapping canvas
 // twips to the device (origin at the canvas's top-left corner). Draws, in
 // this order: background, the canvas's objects in their stacking order,
 // spines, text page with its blocks, border, disc preview. Everything is
-// clipped to the canvas.
-void paint(QPainter& p, int code, const RenderOptions& o);
+// clipped to the canvas. Fields show what `fields` names for them (a copy
+// of a print run), else what their records show.
+void paint(QPainter& p, const Project& project, int code, const RenderOptions& o, const FieldValues& fields = {});
 
 // Paints on any device at its own resolution, the canvas's corner at the
 // painter's origin: sets up the twips scale for the device, then paint().
-void paintOnDevice(QPainter& p, int code, const RenderOptions& o);
+void paintOnDevice(QPainter& p, const Project& project, int code, const RenderOptions& o,
+                   const FieldValues& fields = {});
 
 // The sheet as an image at dpi dots per inch (96 is real size on screen).
-QImage renderImage(int code, double dpi, const RenderOptions& o);
-inline QImage renderImage(int code, double dpi) { return renderImage(code, dpi, defaultOptions(code)); }
+QImage renderImage(const Project& project, int code, double dpi, const RenderOptions& o,
+                   const FieldValues& fields = {});
+inline QImage renderImage(const Project& project, int code, double dpi)
+{
+    return renderImage(project, code, dpi, defaultOptions(project, code));
+}
 
 // The sheet as a one-page PDF at real size: the page is the canvas (PDF
 // pages come in whole points, so it may be up to 0.18 mm smaller), no
 // margins, text as text. False when the file cannot be written.
-bool renderPdf(int code, const QString& path, const RenderOptions& o);
-inline bool renderPdf(int code, const QString& path) { return renderPdf(code, path, defaultOptions(code)); }
+bool renderPdf(const Project& project, int code, const QString& path, const RenderOptions& o);
+inline bool renderPdf(const Project& project, int code, const QString& path)
+{
+    return renderPdf(project, code, path, defaultOptions(project, code));
+}
 
 // The twips-to-pixels factor of the disc preview's radii.
 inline double pixelToTwips(double px) { return px * kTwipsPerPixel; }

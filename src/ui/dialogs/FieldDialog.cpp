@@ -2,7 +2,7 @@
 #include "platform/Services.h"
 #include "render/SheetObjects.h"
 #include "model/Colors.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
 #include "file/MessageFile.h"
 #include "model/Numbering.h"
 #include <QAction>
@@ -20,7 +20,6 @@
 #include <QVBoxLayout>
 #include <cmath>
 
-using jk::G;
 namespace pf = jk::platform;
 
 namespace {
@@ -54,21 +53,21 @@ bool onlyDigits(const QString& s)
 
 }  // namespace
 
-FieldDialog::FieldDialog(QWidget* parent) : QDialog(parent)
+FieldDialog::FieldDialog(bool numeric, QWidget* parent) : QDialog(parent), numeric_(numeric)
 {
     setObjectName("FieldSel");
-    setWindowTitle(G().texts.msgOr(jk::Msg::FieldProperties, "Field selector"));
+    setWindowTitle(jk::texts().msgOr(jk::Msg::FieldProperties, "Field selector"));
 
     menuBar_ = new QMenuBar(this);
-    mfile_ = menuBar_->addMenu(G().texts.msgOr(jk::Msg::FileMenu, "File"));
+    mfile_ = menuBar_->addMenu(jk::texts().msgOr(jk::Msg::FileMenu, "File"));
     mfile_->setObjectName("Mfile");
     mfile_->menuAction()->setObjectName("Mfile");
-    fopen_ = mfile_->addAction(G().texts.msgOr(jk::Msg::OpenMenu, "Open"));
+    fopen_ = mfile_->addAction(jk::texts().msgOr(jk::Msg::OpenMenu, "Open"));
     fopen_->setObjectName("Fopen");
-    fsave_ = mfile_->addAction(G().texts.msgOr(jk::Msg::SaveMenu, "Save"));
+    fsave_ = mfile_->addAction(jk::texts().msgOr(jk::Msg::SaveMenu, "Save"));
     fsave_->setObjectName("Fsave");
 
-    frame1_ = new QGroupBox(G().texts.tipOr(25, "Characters field"), this);
+    frame1_ = new QGroupBox(jk::texts().tipOr(25, "Characters field"), this);
     frame1_->setObjectName("Frame1");
     text2_ = new QPlainTextEdit(frame1_);
     text2_->setObjectName("Text2");
@@ -77,7 +76,7 @@ FieldDialog::FieldDialog(QWidget* parent) : QDialog(parent)
     auto* l1 = new QVBoxLayout(frame1_);
     l1->addWidget(text2_);
 
-    frame2_ = new QGroupBox(G().texts.tipOr(24, "Numeric field "), this);
+    frame2_ = new QGroupBox(jk::texts().tipOr(24, "Numeric field "), this);
     frame2_->setObjectName("Frame2");
     text1_ = new QLineEdit(QStringLiteral("1"), frame2_);
     text1_->setObjectName("Text1");
@@ -86,48 +85,48 @@ FieldDialog::FieldDialog(QWidget* parent) : QDialog(parent)
     l2->addWidget(text1_);
     const char* digitCaptions[4] = {"1 digit", "2 digits", "3 digits", "4 digits"};
     for (int i = 0; i < 4; ++i) {
-        digits_[i] = new QRadioButton(G().texts.msgOr(jk::Msg(int(jk::Msg::OneDigit) + i), digitCaptions[i]), frame2_);
+        digits_[i] = new QRadioButton(jk::texts().msgOr(jk::Msg(int(jk::Msg::OneDigit) + i), digitCaptions[i]), frame2_);
         digits_[i]->setObjectName(QStringLiteral("Option%1").arg(i + 1));
         l2->addWidget(digits_[i]);
         connect(digits_[i], &QRadioButton::clicked, this, [this, i] { digitOption(i + 1); });
     }
-    check1_ = new QCheckBox(G().texts.msgOr(jk::Msg::ShowNumberOnSpines, "Add value on folder"), frame2_);
+    check1_ = new QCheckBox(jk::texts().msgOr(jk::Msg::ShowNumberOnSpines, "Add value on folder"), frame2_);
     check1_->setObjectName("Check1");
     l2->addWidget(check1_);
     l2->addStretch(1);
 
     auto* side = new QWidget(this);
-    command1_ = new QPushButton(G().texts.msgOr(jk::Msg::FontButton, "Fonts"), side);
+    command1_ = new QPushButton(jk::texts().msgOr(jk::Msg::FontButton, "Fonts"), side);
     command1_->setObjectName("Command1");
     // The platform's font dialog has no colour choice: the text colour has
     // a button of its own.
     foreColor_ = new QPushButton(tr("Text co&lor..."), side);
     foreColor_->setObjectName("ForeColor");
 
-    frame3_ = new QGroupBox(G().texts.msgOr(jk::Msg::Alignment, "Alignment"), side);
+    frame3_ = new QGroupBox(jk::texts().msgOr(jk::Msg::Alignment, "Alignment"), side);
     frame3_->setObjectName("Frame3");
-    lft_ = new QRadioButton(G().texts.tipOr(17, "Left"), frame3_);
+    lft_ = new QRadioButton(jk::texts().tipOr(17, "Left"), frame3_);
     lft_->setObjectName("Lft");
-    cntr_ = new QRadioButton(G().texts.msgOr(jk::Msg::Center, "Center"), frame3_);
+    cntr_ = new QRadioButton(jk::texts().msgOr(jk::Msg::Center, "Center"), frame3_);
     cntr_->setObjectName("Cntr");
-    rgt_ = new QRadioButton(G().texts.tipOr(18, "Right"), frame3_);
+    rgt_ = new QRadioButton(jk::texts().tipOr(18, "Right"), frame3_);
     rgt_->setObjectName("Rgt");
     auto* l3 = new QVBoxLayout(frame3_);
     l3->addWidget(lft_);
     l3->addWidget(cntr_);
     l3->addWidget(rgt_);
 
-    frame4_ = new QGroupBox(G().texts.msgOr(jk::Msg::Background, "Background"), side);
+    frame4_ = new QGroupBox(jk::texts().msgOr(jk::Msg::Background, "Background"), side);
     frame4_->setObjectName("Frame4");
-    option5_ = new QRadioButton(G().texts.msgOr(jk::Msg::Transparent, "Transparent"), frame4_);
+    option5_ = new QRadioButton(jk::texts().msgOr(jk::Msg::Transparent, "Transparent"), frame4_);
     option5_->setObjectName("Option5");
-    option6_ = new QRadioButton(G().texts.msgOr(jk::Msg::SolidColor, "Colors"), frame4_);
+    option6_ = new QRadioButton(jk::texts().msgOr(jk::Msg::SolidColor, "Colors"), frame4_);
     option6_->setObjectName("Option6");
     auto* l4 = new QVBoxLayout(frame4_);
     l4->addWidget(option5_);
     l4->addWidget(option6_);
 
-    check2_ = new QCheckBox(G().texts.msgOr(jk::Msg::Border, "Border"), side);
+    check2_ = new QCheckBox(jk::texts().msgOr(jk::Msg::Border, "Border"), side);
     check2_->setObjectName("Check2");
 
     auto* ls = new QVBoxLayout(side);
@@ -139,10 +138,10 @@ FieldDialog::FieldDialog(QWidget* parent) : QDialog(parent)
     ls->addWidget(check2_);
     ls->addStretch(1);
 
-    command3_ = new QPushButton(G().texts.msgOr(jk::Msg::Ok, "OK"), this);
+    command3_ = new QPushButton(jk::texts().msgOr(jk::Msg::Ok, "OK"), this);
     command3_->setObjectName("Command3");
     command3_->setDefault(true);
-    command2_ = new QPushButton(G().texts.msgOr(jk::Msg::Cancel, "Cancel"), this);
+    command2_ = new QPushButton(jk::texts().msgOr(jk::Msg::Cancel, "Cancel"), this);
     command2_->setObjectName("Command2");
 
     auto* top = new QHBoxLayout;
@@ -172,70 +171,62 @@ FieldDialog::FieldDialog(QWidget* parent) : QDialog(parent)
     connect(fsave_, &QAction::triggered, this, &FieldDialog::Fsave_Click);
     connect(command3_, &QPushButton::clicked, this, &FieldDialog::Command3_Click);
     connect(command2_, &QPushButton::clicked, this, &FieldDialog::Command2_Click);
+}
 
+FieldDialog::FieldDialog(const jk::CharFieldRecord& record, QWidget* parent) : FieldDialog(false, parent)
+{
+    result_.charField = record;
     initialise();
 }
 
-bool FieldDialog::run(QWidget* parent)
+FieldDialog::FieldDialog(const jk::NumFieldRecord& record, QWidget* parent) : FieldDialog(true, parent)
 {
-    FieldDialog dialog(parent);
+    result_.numField = record;
+    initialise();
+}
+
+FieldEditResult FieldDialog::editCharField(QWidget* parent, const jk::CharFieldRecord& record)
+{
+    FieldDialog dialog(record, parent);
     dialog.exec();
-    return G().textAccepted;
+    return dialog.result();
 }
 
-jk::NumFieldRecord* FieldDialog::numRecord() const
+FieldEditResult FieldDialog::editNumField(QWidget* parent, const jk::NumFieldRecord& record)
 {
-    auto& t = G().numFields;
-    return numeric_ && t.valid(G().selectedIndex) ? &t.at(G().selectedIndex) : nullptr;
+    FieldDialog dialog(record, parent);
+    dialog.exec();
+    return dialog.result();
 }
 
-jk::CharFieldRecord* FieldDialog::charRecord() const
+jk::TextStyle& FieldDialog::style()
 {
-    auto& t = G().charFields;
-    return !numeric_ && t.valid(G().selectedIndex) ? &t.at(G().selectedIndex) : nullptr;
-}
-
-jk::TextStyle* FieldDialog::style() const
-{
-    if (auto* n = numRecord()) return &n->style;
-    if (auto* c = charRecord()) return &c->style;
-    return nullptr;
+    return numeric_ ? result_.numField.style : result_.charField.style;
 }
 
 void FieldDialog::initialise()
 {
-    jk::Global& g = G();
-    g.textAccepted = false;
-    numeric_ = g.fieldSubKind == 2;
     frame1_->setVisible(!numeric_);
     frame2_->setVisible(numeric_);
     mfile_->setEnabled(!numeric_);
     mfile_->menuAction()->setEnabled(!numeric_);
 
-    int align = 0;
-    if (const jk::TextStyle* s = style()) {
-        fore_ = s->foreColor;
-        if (!s->fontName.isEmpty()) font_ = previewFont(*s);
-        align = s->alignment;
-        (s->backStyle == 1 ? option6_ : option5_)->setChecked(true);
-        check2_->setChecked(s->borderStyle == 1);
-    } else {
-        fore_ = jk::sheet::kDefaultTextColour;
-        option5_->setChecked(true);
-    }
-    g.alignmentChoice = jk::i16(align == 1 || align == 2 ? align : 0);
-    (g.alignmentChoice == 1 ? rgt_ : g.alignmentChoice == 2 ? cntr_ : lft_)->setChecked(true);
+    const jk::TextStyle& s = style();
+    fore_ = s.foreColor;
+    if (!s.fontName.isEmpty()) font_ = previewFont(s);
+    (s.backStyle == 1 ? option6_ : option5_)->setChecked(true);
+    check2_->setChecked(s.borderStyle == 1);
+    alignment_ = jk::i16(s.alignment == 1 || s.alignment == 2 ? s.alignment : 0);
+    (alignment_ == 1 ? rgt_ : alignment_ == 2 ? cntr_ : lft_)->setChecked(true);
 
     if (numeric_) {
-        if (jk::NumFieldRecord* r = numRecord()) {
-            // A new field shows one digit until another count is chosen.
-            if (r->digits < 1 || r->digits > 4) r->digits = 1;
-            digits_[r->digits - 1]->setChecked(true);
-            check1_->setChecked(r->spineLink);
-            if (!r->isFree()) text1_->setText(jk::numFieldText(g.selectedIndex));
-        } else {
-            digits_[0]->setChecked(true);
-        }
+        jk::NumFieldRecord& r = result_.numField;
+        // A new field shows one digit until another count is chosen.
+        if (r.digits < 1 || r.digits > 4) r.digits = 1;
+        digits_[r.digits - 1]->setChecked(true);
+        check1_->setChecked(r.spineLink);
+        // What the field shows now: a stepped text, else its number.
+        if (!r.isFree()) text1_->setText(r.shown.value_or(jk::formatFieldNumber(r.number, r.digits)));
     } else {
         loadValueFile();
     }
@@ -245,8 +236,7 @@ void FieldDialog::initialise()
 
 void FieldDialog::loadValueFile()
 {
-    const jk::CharFieldRecord* r = charRecord();
-    valueFile_ = r ? r->valueFile : QString();
+    valueFile_ = numeric_ ? QString() : result_.charField.valueFile;
     const jk::ValueList list = jk::readValueList(valueFile_);
     showValues(list.values, list.complete || list.values.isEmpty());
 }
@@ -271,7 +261,7 @@ QStringList FieldDialog::typedValues() const
 
 void FieldDialog::message(const QString& text, pf::Icon icon)
 {
-    if (auto* m = pf::services().messages) m->show(text, G().texts.msgOr(jk::Msg::ProgramTitle, "Jewelcase Studio"), icon);
+    if (auto* m = pf::services().messages) m->show(text, jk::texts().msgOr(jk::Msg::ProgramTitle, "Jewelcase Studio"), icon);
 }
 
 void FieldDialog::updatePreview()
@@ -282,11 +272,11 @@ void FieldDialog::updatePreview()
         QPalette p = w->palette();
         p.setColor(QPalette::Text, jk::winColor(fore_));
         // The background the field will have, when it has one.
-        if (const jk::TextStyle* s = style(); s && s->backStyle == 1) p.setColor(QPalette::Base, jk::winColor(s->backColor));
+        if (const jk::TextStyle& s = style(); s.backStyle == 1) p.setColor(QPalette::Base, jk::winColor(s.backColor));
         else p.setColor(QPalette::Base, jk::winColor(fore_) == QColor(Qt::white) ? Qt::black : Qt::white);
         w->setPalette(p);
     }
-    const int a = G().alignmentChoice;
+    const int a = alignment_;
     text1_->setAlignment(a == 1 ? Qt::AlignRight : a == 2 ? Qt::AlignHCenter : Qt::AlignLeft);
 }
 
@@ -294,7 +284,7 @@ void FieldDialog::Text1_Edited(const QString& text)
 {
     if (onlyDigits(text)) return;
     text1_->clear();
-    message(G().texts.msgOr(jk::Msg::EnterWholeNumber, "Please enter a whole number"), pf::Icon::Information);
+    message(jk::texts().msgOr(jk::Msg::EnterWholeNumber, "Please enter a whole number"), pf::Icon::Information);
 }
 
 void FieldDialog::digitOption(int digits)
@@ -303,36 +293,35 @@ void FieldDialog::digitOption(int digits)
     const QString t = text1_->text();
     const int value = jk::leadingNumber(t);
     if (!t.isEmpty()) text1_->setText(jk::formatFieldNumber(value, digits));
-    if (jk::NumFieldRecord* r = numRecord()) {
-        r->digits = jk::i16(digits);
+    if (numeric_) {
+        jk::NumFieldRecord& r = result_.numField;
+        r.digits = jk::i16(digits);
         // 0 is the mark of a deleted field: an empty or zero start value
         // leaves the number alone.
-        if (value >= 1) r->number = jk::i16(value);
+        if (value >= 1) r.number = jk::i16(value);
     }
 }
 
 void FieldDialog::Check1_Click()
 {
-    if (jk::NumFieldRecord* r = numRecord()) r->spineLink = check1_->isChecked() ? 1 : 0;
+    if (numeric_) result_.numField.spineLink = check1_->isChecked();
 }
 
 void FieldDialog::Option5_Click()
 {
-    if (jk::TextStyle* s = style()) s->backStyle = 0;
+    style().backStyle = 0;
     updatePreview();
 }
 
 void FieldDialog::Option6_Click()
 {
-    jk::TextStyle* s = style();
-    const bool had = s && s->backStyle == 1;
-    const QColor initial = had ? jk::winColor(s->backColor) : QColor(Qt::white);
+    jk::TextStyle& s = style();
+    const bool had = s.backStyle == 1;
+    const QColor initial = had ? jk::winColor(s.backColor) : QColor(Qt::white);
     const std::optional<QColor> c = pf::services().colors->chooseColor(initial, jk::plainCaption(option6_->text()));
     if (c && c->isValid()) {
-        if (s) {
-            s->backStyle = 1;
-            s->backColor = jk::toWinColor(*c);
-        }
+        s.backStyle = 1;
+        s.backColor = jk::toWinColor(*c);
     } else if (!had) {
         // No colour chosen: the field stays as it was.
         option5_->setChecked(true);
@@ -342,12 +331,12 @@ void FieldDialog::Option6_Click()
 
 void FieldDialog::Check2_Click()
 {
-    if (jk::TextStyle* s = style()) s->borderStyle = check2_->isChecked() ? 1 : 0;
+    style().borderStyle = check2_->isChecked() ? 1 : 0;
 }
 
 void FieldDialog::alignment(int a)
 {
-    G().alignmentChoice = jk::i16(a);
+    alignment_ = jk::i16(a);
     (a == 1 ? rgt_ : a == 2 ? cntr_ : lft_)->setChecked(true);
     updatePreview();
 }
@@ -356,7 +345,7 @@ void FieldDialog::Command1_Click()
 {
     QFont initial = font_.value_or(QFont(QStringLiteral("Arial")));
     if (!font_) initial.setPointSizeF(11.75);
-    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, jk::plainCaption(G().texts.msgOr(jk::Msg::FontButton, "Fonts")));
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, jk::plainCaption(jk::texts().msgOr(jk::Msg::FontButton, "Fonts")));
     if (!chosen) return;
     QFont f = *chosen;
     f.setPointSizeF(std::clamp(pointsOf(f), kMinPoints, kMaxPoints));
@@ -376,7 +365,7 @@ void FieldDialog::ForeColor_Click()
 void FieldDialog::Fopen_Click()
 {
     if (numeric_) return;
-    const QString folder = valueFile_.isEmpty() ? G().projectFolder : QFileInfo(valueFile_).absolutePath();
+    const QString folder = valueFile_.isEmpty() ? jk::app().settings.projectFolder : QFileInfo(valueFile_).absolutePath();
     const QString path = pf::services().files->openFile(jk::plainCaption(fopen_->text()), folder, kFilter);
     if (path.isEmpty()) return;
     const QFileInfo info(path);
@@ -396,7 +385,7 @@ void FieldDialog::Fopen_Click()
 void FieldDialog::Fsave_Click()
 {
     if (numeric_) return;
-    const QString folder = valueFile_.isEmpty() ? G().projectFolder : valueFile_;
+    const QString folder = valueFile_.isEmpty() ? jk::app().settings.projectFolder : valueFile_;
     const QString path = pf::services().files->saveFile(jk::plainCaption(fsave_->text()), folder, kFilter, QStringLiteral("txt"));
     if (path.isEmpty()) return;
     QString error;
@@ -411,11 +400,9 @@ void FieldDialog::Fsave_Click()
 
 void FieldDialog::Command3_Click()
 {
-    jk::Global& g = G();
-    jk::FieldHandOver& out = jk::fieldHandOver();
     if (!numeric_) {
         if (valueFile_.isEmpty()) {
-            message(G().texts.msgOr(jk::Msg::SaveValuesFirst, "Please save the values to a file first (File > Save)."), pf::Icon::Information);
+            message(jk::texts().msgOr(jk::Msg::SaveValuesFirst, "Please save the values to a file first (File > Save)."), pf::Icon::Information);
             return;
         }
         const QStringList values = typedValues();
@@ -429,9 +416,8 @@ void FieldDialog::Command3_Click()
             message(error, pf::Icon::Warning);
             return;
         }
-        out.fieldText = values.join(u'\n');
-        out.valueFile = valueFile_;
-        if (jk::CharFieldRecord* r = charRecord()) r->valueFile = valueFile_;
+        result_.fieldText = values.join(u'\n');
+        result_.charField.valueFile = valueFile_;
     } else {
         // 0 marks a deleted field in the tables and the project file, and
         // the numbers are 16-bit: a field starts at 1 to 32767.
@@ -439,30 +425,29 @@ void FieldDialog::Command3_Click()
         bool ok = false;
         const int value = t.toInt(&ok);
         if (!ok || !onlyDigits(t) || value < 1 || value > jk::kMaxFieldNumber) {
-            message(G().texts.msgOr(jk::Msg::EnterWholeNumber, "Please enter a whole number") + QStringLiteral(" (1-32767)"),
+            message(jk::texts().msgOr(jk::Msg::EnterWholeNumber, "Please enter a whole number") + QStringLiteral(" (1-32767)"),
                     pf::Icon::Information);
             text1_->setFocus();
             return;
         }
-        out.fieldText = t;
-        out.numberText = t;
+        result_.fieldText = t;
+        result_.numberText = t;
     }
 
-    if (jk::TextStyle* s = style()) {
-        // First formatting of a field starts from the label defaults.
-        if (s->fontName.isEmpty() && (font_ || foreChosen_)) jk::sheet::applyDefaultFont(*s);
-        if (font_) {
-            s->fontName = font_->family();
-            s->fontSize = jk::i16(std::lround(std::clamp(pointsOf(*font_), kMinPoints, kMaxPoints)));
-            s->bold = (font_->bold());
-            s->italic = (font_->italic());
-            s->strikethru = (font_->strikeOut());
-            s->underline = (font_->underline());
-        }
-        if (foreChosen_) s->foreColor = fore_;
-        s->alignment = g.alignmentChoice;
+    jk::TextStyle& s = style();
+    // First formatting of a field starts from the label defaults.
+    if (s.fontName.isEmpty() && (font_ || foreChosen_)) jk::sheet::applyDefaultFont(s);
+    if (font_) {
+        s.fontName = font_->family();
+        s.fontSize = jk::i16(std::lround(std::clamp(pointsOf(*font_), kMinPoints, kMaxPoints)));
+        s.bold = font_->bold();
+        s.italic = font_->italic();
+        s.strikethru = font_->strikeOut();
+        s.underline = font_->underline();
     }
-    g.textAccepted = true;
+    if (foreChosen_) s.foreColor = fore_;
+    s.alignment = alignment_;
+    result_.accepted = true;
     closing_ = true;
     accept();
 }
@@ -472,10 +457,9 @@ void FieldDialog::Command2_Click() { reject(); }
 void FieldDialog::reject()
 {
     if (!closing_) {
-        jk::FieldHandOver& out = jk::fieldHandOver();
-        G().textAccepted = false;
-        out.fieldText.clear();
-        out.numberText.clear();
+        result_.accepted = false;
+        result_.fieldText.clear();
+        result_.numberText.clear();
         closing_ = true;
     }
     QDialog::reject();

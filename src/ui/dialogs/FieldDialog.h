@@ -4,18 +4,14 @@
 // count of a numeric field, and for both the font, colours, alignment,
 // background and border.
 //
-// Hand-over:
-//   in  G().selectedIndex   the field's slot
-//       G().fieldSubKind    1 character field, 2 numeric field
-//   out G().textAccepted    true after OK, false after Cancel
-//       G().alignmentChoice 0 left, 1 right, 2 centre
-//       fieldHandOver()     OK: the values text or the start value, the
-//                           number text, the value file; Cancel: the texts
-//                           emptied, the file left as it was
-// The digit count, the spine link, the background and the border go into
-// the record the moment they are set (also on Cancel); font, text colour,
-// alignment and the value file on OK. A character field's values are
-// written to its value file on OK.
+// The dialog works on a copy of the field's record and hands back what
+// became of it; the caller decides what to store, so the dialog never
+// reaches into the project. The digit count (and with it a start value
+// already typed), the spine link, the background and the border count the
+// moment they are set, so the returned record carries them also after
+// Cancel; font, text colour, alignment and the value file only after OK. A
+// character field's values are written to its value file on OK.
+#include "model/Records.h"
 #include <QDialog>
 #include <QFont>
 #include <QString>
@@ -35,19 +31,32 @@ class QRadioButton;
 namespace jk::platform {
 enum class Icon;
 }
-namespace jk {
-struct TextStyle;
-struct NumFieldRecord;
-struct CharFieldRecord;
-}  // namespace jk
+
+struct FieldEditResult {
+    bool accepted = false;          // OK was pressed
+    jk::CharFieldRecord charField;  // character mode: the record as the dialog leaves it
+    jk::NumFieldRecord numField;    // numeric mode: the record as the dialog leaves it
+    // After OK: the values text, one a line (character), or the start value
+    // as typed (numeric); empty after Cancel.
+    QString fieldText;
+    QString numberText;             // after OK: the number text; empty after Cancel
+};
 
 class FieldDialog : public QDialog {
     Q_OBJECT
 public:
-    explicit FieldDialog(QWidget* parent = nullptr);
+    explicit FieldDialog(const jk::CharFieldRecord& record, QWidget* parent = nullptr);
+    explicit FieldDialog(const jk::NumFieldRecord& record, QWidget* parent = nullptr);
 
-    // Shows the dialog modally for the selected field; true after OK.
-    static bool run(QWidget* parent);
+    // Create the dialog, show it modally and destroy it. The record it gets
+    // is the one to edit (a fresh one for a new field); the record not
+    // edited stays empty in the result. The numeric record's number is not
+    // set from the start value: numberText carries it.
+    static FieldEditResult editCharField(QWidget* parent, const jk::CharFieldRecord& record);
+    static FieldEditResult editNumField(QWidget* parent, const jk::NumFieldRecord& record);
+
+    // What the dialog hands back, as it stands now (complete once closed).
+    const FieldEditResult& result() const { return result_; }
 
     // Loads the character field's value file into the values box.
     void loadValueFile();
@@ -59,6 +68,8 @@ protected:
     void reject() override;
 
 private:
+    // Builds the controls; the public constructors then fill them.
+    FieldDialog(bool numeric, QWidget* parent);
     void initialise();
     void Text1_Edited(const QString& text);
     void digitOption(int digits);  // Option1-Option4
@@ -74,9 +85,8 @@ private:
     void Command3_Click();  // OK
     void Command2_Click();  // Cancel
 
-    jk::NumFieldRecord* numRecord() const;
-    jk::CharFieldRecord* charRecord() const;
-    jk::TextStyle* style() const;
+    // The style of the record being edited.
+    jk::TextStyle& style();
     // The values typed in the values box: one a line, blank lines dropped.
     QStringList typedValues() const;
     void showValues(const QStringList& values, bool complete);
@@ -85,6 +95,8 @@ private:
 
     bool numeric_ = false;
     bool closing_ = false;
+    FieldEditResult result_;  // the records take the at-once parts as they are set
+    jk::i16 alignment_ = 0;   // the alignment buttons' choice: 0 left, 1 right, 2 centre
     QString valueFile_;
     bool fileCut_ = false;  // only the start of a very large file is shown
     std::optional<QFont> font_;

@@ -1,6 +1,7 @@
 #include "ui/dialogs/NewProjectDialog.h"
 #include "ui/widgets/DriveFolderFile.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
+#include "model/Records.h"
 #include <QCheckBox>
 #include <QDir>
 #include <QEvent>
@@ -20,8 +21,6 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-using jk::G;
-
 namespace {
 
 const char* const kHelpTag = "helpTag";
@@ -29,7 +28,7 @@ const QSize kPreviewSize(300, 200);
 
 QString formatNameOr(int i, const char* fallback)
 {
-    const QString& s = G().texts.formatNames.at(std::size_t(i));
+    const QString& s = jk::texts().formatNames.at(std::size_t(i));
     return s.isEmpty() ? QString::fromUtf8(fallback) : s;
 }
 
@@ -192,7 +191,7 @@ QPixmap NewProjectDialog::jacketPreview(const QSize& size)
 NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
 {
     setObjectName("Creeprojet");
-    setWindowTitle(G().texts.msgOr(jk::Msg::NewProjectTitle, "New Project"));
+    setWindowTitle(jk::texts().msgOr(jk::Msg::NewProjectTitle, "New Project"));
 
     tabs_ = new QTabWidget(this);
     tabs_->setObjectName("SSTab1");
@@ -204,19 +203,19 @@ NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
     frame1_->setObjectName("Frame1");
     simple_ = new QRadioButton(formatNameOr(0, "Cover simple"), frame1_);
     simple_->setObjectName("Simple");
-    simple_->setProperty(kHelpTag, G().texts.msgOr(jk::Msg::HelpFrontCover, "A single page for the front of the case"));
+    simple_->setProperty(kHelpTag, jk::texts().msgOr(jk::Msg::HelpFrontCover, "A single page for the front of the case"));
     double_ = new QRadioButton(formatNameOr(1, "Cover double"), frame1_);
     double_->setObjectName("DOUBLEC");
-    double_->setProperty(kHelpTag, G().texts.msgOr(jk::Msg::HelpBooklet, "A folded booklet with a picture page and a text page"));
+    double_->setProperty(kHelpTag, jk::texts().msgOr(jk::Msg::HelpBooklet, "A folded booklet with a picture page and a text page"));
     jacket_ = new QRadioButton(formatNameOr(2, "Paper jacket"), frame1_);
     jacket_->setObjectName("Option1");
-    jacket_->setProperty(kHelpTag, G().texts.msgOr(jk::Msg::HelpPaperJacket, "A paper sleeve with a picture page and a text page"));
+    jacket_->setProperty(kHelpTag, jk::texts().msgOr(jk::Msg::HelpPaperJacket, "A paper sleeve with a picture page and a text page"));
     cdrom_ = new QCheckBox(formatNameOr(3, "CD ROM"), frame1_);
     cdrom_->setObjectName("CDROM");
-    cdrom_->setProperty(kHelpTag, G().texts.msgOr(jk::Msg::HelpDiscLabel, "A round label for the disc itself"));
+    cdrom_->setProperty(kHelpTag, jk::texts().msgOr(jk::Msg::HelpDiscLabel, "A round label for the disc itself"));
     inside_ = new QCheckBox(formatNameOr(4, "Inside"), frame1_);
     inside_->setObjectName("Inside");
-    inside_->setProperty(kHelpTag, G().texts.msgOr(jk::Msg::HelpInsideCard, "The tray inlay with a spine on each side"));
+    inside_->setProperty(kHelpTag, jk::texts().msgOr(jk::Msg::HelpInsideCard, "The tray inlay with a spine on each side"));
     simple_->setChecked(true);
 
     auto* kinds = new QVBoxLayout(frame1_);
@@ -249,7 +248,7 @@ NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
     label1_->setMinimumHeight(label1_->fontMetrics().lineSpacing() * 2 + 4);
     label1_->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
 
-    command1_ = new QPushButton(G().texts.msgOr(jk::Msg::Ok, "OK"), page1);
+    command1_ = new QPushButton(jk::texts().msgOr(jk::Msg::Ok, "OK"), page1);
     command1_->setObjectName("Command1");
     command1_->setDefault(true);
 
@@ -270,7 +269,7 @@ NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
     trio_->fileList()->setPattern(QStringLiteral("*.prj"));
     text1_ = new QLineEdit(page2);
     text1_->setObjectName("Text1");
-    command2_ = new QPushButton(G().texts.msgOr(jk::Msg::OpenButton, "&Open"), page2);
+    command2_ = new QPushButton(jk::texts().msgOr(jk::Msg::OpenButton, "&Open"), page2);
     command2_->setObjectName("Command2");
     auto* box2 = new QVBoxLayout(page2);
     box2->addWidget(trio_, 1);
@@ -279,8 +278,8 @@ NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
     row2->addWidget(command2_);
     box2->addLayout(row2);
 
-    tabs_->addTab(page1, G().texts.msgOr(jk::Msg::NewProjectTab, "New project"));
-    tabs_->addTab(page2, G().texts.msgOr(jk::Msg::ExistingProjectTab, "Existing project"));
+    tabs_->addTab(page1, jk::texts().msgOr(jk::Msg::NewProjectTab, "New project"));
+    tabs_->addTab(page2, jk::texts().msgOr(jk::Msg::ExistingProjectTab, "Existing project"));
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs_);
 
@@ -315,17 +314,22 @@ NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
     initialise();
 }
 
-NewProjectDialog::Result NewProjectDialog::run(QWidget* parent)
+NewProjectChoice NewProjectDialog::run(QWidget* parent)
 {
     NewProjectDialog dialog(parent);
     dialog.exec();
-    return dialog.choice();
+    return dialog.outcome();
+}
+
+NewProjectChoice NewProjectDialog::outcome() const
+{
+    return NewProjectChoice{result_, sheets_, file_};
 }
 
 void NewProjectDialog::initialise()
 {
     command2_->setEnabled(false);
-    QString folder = G().projectFolder;
+    QString folder = jk::app().settings.projectFolder;
     if (folder.isEmpty() || !QFileInfo(folder).isDir()) folder = QDir::homePath();
     trio_->setPath(folder);
     command2_->setEnabled(false);
@@ -415,15 +419,15 @@ void NewProjectDialog::File1_Click(const QString& name)
 
 void NewProjectDialog::Command1_Click()
 {
-    auto& g = G();
-    g.openExisting = false;
-    g.projectFilePath.clear();
-    g.projectFileName.clear();
-    g.simpleChoice = (simple_->isChecked());
-    g.doubleChoice = (double_->isChecked());
-    g.jacketChoice = (jacket_->isChecked());
-    g.insideChoice = (inside_->isChecked() && !jacket_->isChecked());
-    g.cdChoice = (cdrom_->isChecked());
+    int sheets = 0;
+    if (simple_->isChecked()) sheets += jk::FmtSimple;
+    if (double_->isChecked()) sheets += jk::FmtDouble;
+    if (jacket_->isChecked()) sheets += jk::FmtJacket;
+    // A paper jacket has no tray for an inside card.
+    if (inside_->isChecked() && !jacket_->isChecked()) sheets += jk::FmtInside;
+    if (cdrom_->isChecked()) sheets += jk::FmtCdRom;
+    sheets_ = sheets;
+    file_.clear();
     result_ = Create;
     accept();
 }
@@ -433,10 +437,8 @@ void NewProjectDialog::Command2_Click()
     if (!command2_->isEnabled()) return;
     const QString path = text1_->text().trimmed();
     if (path.isEmpty()) return;
-    auto& g = G();
-    g.projectFilePath = path;
-    g.projectFileName = path;
-    g.openExisting = true;
+    sheets_ = 0;
+    file_ = path;
     result_ = OpenExisting;
     accept();
 }

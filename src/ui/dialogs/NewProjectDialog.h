@@ -4,17 +4,16 @@
 // label; a paper jacket leaves no room for an inside card); the second tab
 // picks an existing ".prj" file instead.
 //
-// The dialog only records the choice in jk::G() and closes:
-//   Command1 (create): openExisting = false, projectFilePath and
-//       projectFileName emptied, simpleChoice, doubleChoice, jacketChoice,
-//       insideChoice and cdChoice set (-1 chosen, 0 not).
-//   Command2 (open), or a double click on a file: openExisting = true,
-//       projectFilePath = projectFileName = the chosen file's full path.
-//   Closed by Escape or the window frame: nothing is changed.
-// The new-project command runs it with NewProjectDialog::run() and then creates
-// the chosen sheets, or opens projectFilePath when openExisting is set.
+// The dialog only hands the choice back as a value and closes; the
+// new-project command runs it with NewProjectDialog::run() and then creates
+// the chosen sheets or opens the chosen file:
+//   Command1 (create): Create and the sum of the chosen format codes.
+//   Command2 (open), or a double click on a file: OpenExisting and the
+//       chosen file's full path.
+//   Closed by Escape or the window frame: Closed, nothing chosen.
 #include <QDialog>
 #include <QPixmap>
+#include <QString>
 
 class DriveFolderFileTrio;
 class QCheckBox;
@@ -25,6 +24,8 @@ class QPushButton;
 class QRadioButton;
 class QTabWidget;
 
+struct NewProjectChoice;
+
 class NewProjectDialog : public QDialog {
     Q_OBJECT
 public:
@@ -32,11 +33,13 @@ public:
 
     explicit NewProjectDialog(QWidget* parent = nullptr);
 
-    // Creates the dialog, shows it modally and destroys it. Tells which of
-    // the buttons closed it; the choices themselves are in jk::G().
-    static Result run(QWidget* parent);
+    // Creates the dialog, shows it modally and destroys it.
+    static NewProjectChoice run(QWidget* parent);
 
+    // Which button closed it (Closed while it is open).
     Result choice() const { return result_; }
+    // The whole choice, as run() hands it back.
+    NewProjectChoice outcome() const;
     // Which stored preview Picture1 shows: 2 the covers, 3 the paper jacket.
     int previewShown() const { return preview_; }
 
@@ -67,5 +70,15 @@ private:
     QPushButton *command1_, *command2_;
     int preview_ = 2;
     Result result_ = Closed;
+    int sheets_ = 0;
+    QString file_;
     bool centred_ = false;
+};
+
+struct NewProjectChoice {
+    NewProjectDialog::Result result = NewProjectDialog::Closed;
+    // Create: the sum of the chosen format codes (jk::FmtSimple, FmtDouble,
+    // FmtInside, FmtCdRom, FmtJacket); 0 otherwise.
+    int sheets = 0;
+    QString file;  // OpenExisting: the chosen .prj's full path; empty otherwise
 };

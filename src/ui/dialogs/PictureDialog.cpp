@@ -3,15 +3,13 @@
 #include "platform/Pictures.h"
 #include "platform/Services.h"
 #include "model/Colors.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QThreadPool>
 #include <QVBoxLayout>
-
-using jk::G;
 
 namespace {
 
@@ -90,11 +88,21 @@ void PicturePreview::paintEvent(QPaintEvent* e)
     }
 }
 
+// ---------------------------------------------------------------- PictureChoice
+
+QString PictureChoice::recordText() const
+{
+    if (colour) return u'~' + QString::number(*colour);
+    return file;
+}
+
 // ---------------------------------------------------------------- PictureDialog
 
-PictureDialog::PictureDialog(QWidget* parent) : QDialog(parent)
+PictureDialog::PictureDialog(QWidget* parent) : PictureDialog(PicturePurpose::Background, parent) {}
+
+PictureDialog::PictureDialog(PicturePurpose purpose, QWidget* parent) : QDialog(parent)
 {
-    const jk::Texts& t = G().texts;
+    const jk::Texts& t = jk::texts();
     setObjectName("PICSELECT");
     setWindowTitle(QStringLiteral("PICTURE SELECTOR"));
 
@@ -131,10 +139,10 @@ PictureDialog::PictureDialog(QWidget* parent) : QDialog(parent)
     Command1->setEnabled(false);
 
     // Start where this kind of picture lives.
-    const jk::Global& g = G();
-    const QString start = g.pictureDialogPurpose == 0   ? g.backgroundFolder
-                          : g.pictureDialogPurpose == 1 ? g.picturesFolder
-                                                        : QString();
+    const jk::UserSettings& settings = jk::app().settings;
+    const QString start = purpose == PicturePurpose::Background ? settings.backgroundFolder
+                          : purpose == PicturePurpose::Picture  ? settings.picturesFolder
+                                                                : QString();
     if (!start.isEmpty()) trio_->setPath(start);
     trio_->fileList()->setPattern(QString::fromLatin1(jk::platform::kPicturePattern));
 
@@ -147,10 +155,11 @@ PictureDialog::PictureDialog(QWidget* parent) : QDialog(parent)
     connect(Command3, &QPushButton::clicked, this, &PictureDialog::Command3_Click);
 }
 
-void PictureDialog::run(QWidget* parent)
+std::optional<PictureChoice> PictureDialog::choose(QWidget* parent, PicturePurpose purpose)
 {
-    PictureDialog dlg(parent);
-    dlg.exec();
+    PictureDialog dlg(purpose, parent);
+    if (dlg.exec() != QDialog::Accepted) return std::nullopt;
+    return dlg.choice();
 }
 
 void PictureDialog::updateScannerButton()
@@ -170,9 +179,7 @@ void PictureDialog::File1_Click()
 {
     const QString path = trio_->filePath();
     if (path.isEmpty()) return;
-    jk::Global& g = G();
-    g.scannerSource = 0;
-    g.chosenPictureFile = path;
+    choice_ = PictureChoice{path, std::nullopt};
     ImageMan1->clear();
     ++generation_;
     waiting_ = path;
@@ -224,7 +231,7 @@ void PictureDialog::Command2_Click()
 
 void PictureDialog::reject()
 {
-    G().chosenPictureFile.clear();
+    choice_.reset();
     QDialog::reject();
 }
 
@@ -240,6 +247,6 @@ void PictureDialog::Command3_Click()
     waiting_.clear();
     ImageMan1->clear();
     ImageMan1->setColor(*chosen);
-    G().chosenPictureFile = u'~' + QString::number(jk::toWinColor(*chosen));
+    choice_ = PictureChoice{QString(), jk::i32(jk::toWinColor(*chosen))};
     Command1->setEnabled(true);
 }

@@ -2,19 +2,19 @@
 // The picture dialog: the user picks a picture file (previewed as it is
 // clicked) or a plain colour, for a picture object or a sheet background.
 //
-// Hand-over through jk::G():
-//   in  pictureDialogPurpose  0 start in the background folder, 1 in the
-//                             pictures folder
-//   out chosenPictureFile     the clicked file's full path; "~" and the colour
-//                             as a decimal Windows RGB value (red in the low
-//                             byte); empty after Cancel (or Escape)
-//       scannerSource         0 once a file was clicked
+//
+// The caller says what the picture is for (which folder the dialog starts
+// in) and gets the choice back as a value, or nothing after Cancel; the
+// dialog itself never touches the project.
+#include "model/Records.h"
 #include <QColor>
 #include <QDialog>
 #include <QFrame>
 #include <QImage>
 #include <QPixmap>
 #include <QPointer>
+#include <QString>
+#include <optional>
 
 class DriveFolderFileTrio;
 class QPushButton;
@@ -47,14 +47,33 @@ private:
     QString note_;
 };
 
+// Which folder the dialog starts in: the background folder or the pictures
+// folder.
+enum class PicturePurpose { Background = 0, Picture = 1 };
+
+// What the user picked: the last file clicked or colour chosen.
+struct PictureChoice {
+    QString file;                    // a picture file's full path, or
+    std::optional<jk::i32> colour;   // a plain colour as a Windows RGB value (red in the low byte)
+    // What a picture or background record stores: the file, or "~" and the
+    // colour in decimal.
+    QString recordText() const;
+};
+
 class PictureDialog : public QDialog {
     Q_OBJECT
 public:
+    explicit PictureDialog(PicturePurpose purpose, QWidget* parent = nullptr);
+    // Starts in the background folder.
     explicit PictureDialog(QWidget* parent = nullptr);
 
-    // Creates the dialog, shows it modally and destroys it; the result is in
-    // jk::G().chosenPictureFile afterwards.
-    static void run(QWidget* parent);
+    // Creates the dialog, shows it modally and destroys it. The choice after
+    // Select; nullopt after Cancel, Escape or the window's close button.
+    static std::optional<PictureChoice> choose(QWidget* parent, PicturePurpose purpose);
+
+    // What Select hands back now: nullopt until a file was clicked or a
+    // colour chosen, and again once the dialog was cancelled.
+    const std::optional<PictureChoice>& choice() const { return choice_; }
 
     // Enables the Scanner button when an image source exists. There is no
     // scanning service yet, so it stays disabled.
@@ -88,6 +107,8 @@ private:
     QPushButton* Command2;
     QPushButton* Command3;
     QPushButton* Scanner;
+
+    std::optional<PictureChoice> choice_;
 
     // Pictures decode on a worker thread, one at a time; while one decodes
     // only the latest click waits, so holding an arrow key down in the file

@@ -1,6 +1,6 @@
 #include "ui/dialogs/PreferencesDialog.h"
 #include "ui/widgets/DriveFolderFile.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
 #include "file/Paths.h"
 #include "file/Settings.h"
 #include <QDir>
@@ -15,18 +15,16 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
-using jk::G;
-
 namespace {
 
-QString& setting(int target)
+// The setting behind edit box `target` (1 editor to 4 project folder).
+QString jk::UserSettings::*setting(int target)
 {
-    auto& g = G();
     switch (target) {
-    case 1: return g.picturesEditor;
-    case 2: return g.picturesFolder;
-    case 3: return g.backgroundFolder;
-    default: return g.projectFolder;
+    case 1: return &jk::UserSettings::picturesEditor;
+    case 2: return &jk::UserSettings::picturesFolder;
+    case 3: return &jk::UserSettings::backgroundFolder;
+    default: return &jk::UserSettings::projectFolder;
     }
 }
 
@@ -34,7 +32,7 @@ QString& setting(int target)
 
 PreferencesDialog::PreferencesDialog(QWidget* parent) : QDialog(parent)
 {
-    const jk::Texts& t = G().texts;
+    const jk::Texts& t = jk::texts();
     setObjectName("Preferences");
     setWindowTitle(t.msg(jk::Msg::PreferencesTitle));
 
@@ -59,7 +57,7 @@ PreferencesDialog::PreferencesDialog(QWidget* parent) : QDialog(parent)
         label->setBuddy(text_[i]);
         grid->addWidget(label, i + 1, 0);
         grid->addWidget(text_[i], i + 1, 1);
-        const QString& value = setting(i + 1);
+        const QString& value = jk::app().settings.*setting(i + 1);
         if (!value.isEmpty()) text_[i]->setText(value);
     }
 
@@ -134,7 +132,7 @@ void PreferencesDialog::openPanel()
     trio_->fileList()->setVisible(target_ == 1);
 
     // Start where the current value lives, when that folder still exists.
-    const QString value = setting(target_);
+    const QString value = jk::app().settings.*setting(target_);
     if (!value.isEmpty()) {
         const QFileInfo info(value);
         const QString folder = target_ == 1 ? info.absolutePath() : info.absoluteFilePath();
@@ -153,7 +151,8 @@ void PreferencesDialog::acceptPanel()
     // The editor always gets a separator before its name, even after "/".
     const QString value = target_ == 1 ? folder + u'/' + trio_->fileList()->fileName() : folder;
     if (target_ >= 1 && target_ <= 4) {
-        setting(target_) = value;
+        // Taken at once, for this run even when the dialog is cancelled.
+        jk::appSetup().settings.*setting(target_) = value;
         text_[target_ - 1]->setText(value);
     }
     closePanel();
@@ -170,11 +169,12 @@ void PreferencesDialog::closePanel()
 
 void PreferencesDialog::writeAndClose()
 {
-    auto& g = G();
-    QString file = g.settingsPath.isEmpty() ? jk::paths::settingsFile() : g.settingsPath;
+    const jk::AppContext& a = jk::app();
+    const QString file = a.files.settingsPath.isEmpty() ? jk::paths::settingsFile() : a.files.settingsPath;
     jk::paths::ensureDir(QFileInfo(file).absolutePath());
     // A file that cannot be written is not reported: the values stay in memory.
-    jk::writeSettings(file, {g.picturesEditor, g.picturesFolder, g.backgroundFolder, g.projectFolder});
+    const jk::UserSettings& u = a.settings;
+    jk::writeSettings(file, {u.picturesEditor, u.picturesFolder, u.backgroundFolder, u.projectFolder});
     Q_EMIT settingsWritten();
     accept();
 }

@@ -1,7 +1,8 @@
 #pragma once
-// The PreferencesDialog dialog: the picture editor and the three working folders.
+// The preferences dialog: the picture editor and the three working folders.
 // Values change only through the browse panel (the edit boxes are never read
-// back); OK stores them in JEWLKIT.INI, Cancel keeps them for this run only.
+// back), straight into the application's settings (jk::appSetup()); OK
+// also stores them in JEWLKIT.INI, Cancel keeps them for this run only.
 #include <QDialog>
 
 class QFrame;

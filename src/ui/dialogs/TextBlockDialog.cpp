@@ -1,11 +1,11 @@
 #include "ui/dialogs/TextBlockDialog.h"
 #include "platform/Services.h"
 #include "model/Colors.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
+#include "render/SheetObjects.h"
 #include "file/MessageFile.h"
 #include <QAction>
 #include <QCheckBox>
-#include <QEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QGroupBox>
@@ -24,12 +24,10 @@
 #include <QVBoxLayout>
 #include <cmath>
 
-using jk::G;
 namespace pf = jk::platform;
 
 namespace {
 
-const QString kNoText = QStringLiteral("ZILCH");
 constexpr jk::i32 kWhite = 0xFFFFFF;
 
 // Colours are kept as Windows values (red in the low byte); Qt sees QColor.
@@ -96,20 +94,22 @@ QString decodeFile(const QByteArray& data)
 
 }  // namespace
 
-TextBlockDialog::TextBlockDialog(QWidget* parent) : QDialog(parent)
+TextBlockDialog::TextBlockDialog(QWidget* parent) : TextBlockDialog(TextEditRequest{}, parent) {}
+
+TextBlockDialog::TextBlockDialog(const TextEditRequest& request, QWidget* parent) : QDialog(parent)
 {
     setObjectName("TXTFORM");
-    setWindowTitle(G().texts.msgOr(jk::Msg::EnterText, "Enter your text"));
+    setWindowTitle(jk::texts().msgOr(jk::Msg::EnterText, "Enter your text"));
 
     menuBar_ = new QMenuBar(this);
-    txtFile_ = menuBar_->addMenu(G().texts.msgOr(jk::Msg::FileMenu, "&File"));
+    txtFile_ = menuBar_->addMenu(jk::texts().msgOr(jk::Msg::FileMenu, "&File"));
     txtFile_->setObjectName("TXTFILE");
-    fopen_ = txtFile_->addAction(G().texts.msgOr(jk::Msg::OpenMenu, "&Open"));
+    fopen_ = txtFile_->addAction(jk::texts().msgOr(jk::Msg::OpenMenu, "&Open"));
     fopen_->setObjectName("Fopen");
-    fsave_ = txtFile_->addAction(G().texts.msgOr(jk::Msg::SaveMenu, "&Save"));
+    fsave_ = txtFile_->addAction(jk::texts().msgOr(jk::Msg::SaveMenu, "&Save"));
     fsave_->setObjectName("Fsave");
 
-    frame2_ = new QGroupBox(G().texts.msgOr(jk::Msg::Text, "Text"), this);
+    frame2_ = new QGroupBox(jk::texts().msgOr(jk::Msg::Text, "Text"), this);
     frame2_->setObjectName("Frame2");
     textinput_ = new QPlainTextEdit(frame2_);
     textinput_->setObjectName("Textinput");
@@ -118,40 +118,39 @@ TextBlockDialog::TextBlockDialog(QWidget* parent) : QDialog(parent)
     auto* textLayout = new QVBoxLayout(frame2_);
     textLayout->addWidget(textinput_);
 
-    panel_ = new QGroupBox(G().texts.msgOr(jk::Msg::Options, "Options"), this);
+    panel_ = new QGroupBox(jk::texts().msgOr(jk::Msg::Options, "Options"), this);
     panel_->setObjectName("SSPanel2");
-    fonts_ = new QPushButton(G().texts.msgOr(jk::Msg::FontButton, "Fonts"), panel_);
+    fonts_ = new QPushButton(jk::texts().msgOr(jk::Msg::FontButton, "Fonts"), panel_);
     fonts_->setObjectName("Command4");
     // The font dialog of this platform has no colour choice, so the text
     // colour has a button of its own.
     foreColor_ = new QPushButton(tr("Text co&lor..."), panel_);
     foreColor_->setObjectName("ForeColor");
 
-    frame4_ = new QGroupBox(G().texts.msgOr(jk::Msg::Alignment, "Alignment"), panel_);
+    frame4_ = new QGroupBox(jk::texts().msgOr(jk::Msg::Alignment, "Alignment"), panel_);
     frame4_->setObjectName("Frame4");
-    lft_ = new QRadioButton(G().texts.tipOr(17, "Left"), frame4_);
+    lft_ = new QRadioButton(jk::texts().tipOr(17, "Left"), frame4_);
     lft_->setObjectName("Lft");
-    cntr_ = new QRadioButton(G().texts.msgOr(jk::Msg::Center, "Center"), frame4_);
+    cntr_ = new QRadioButton(jk::texts().msgOr(jk::Msg::Center, "Center"), frame4_);
     cntr_->setObjectName("Cntr");
-    rgt_ = new QRadioButton(G().texts.tipOr(18, "Right"), frame4_);
+    rgt_ = new QRadioButton(jk::texts().tipOr(18, "Right"), frame4_);
     rgt_->setObjectName("Rgt");
     auto* alignLayout = new QVBoxLayout(frame4_);
     alignLayout->addWidget(lft_);
     alignLayout->addWidget(cntr_);
     alignLayout->addWidget(rgt_);
 
-    frame5_ = new QGroupBox(G().texts.msgOr(jk::Msg::Background, "Background"), panel_);
+    frame5_ = new QGroupBox(jk::texts().msgOr(jk::Msg::Background, "Background"), panel_);
     frame5_->setObjectName("Frame5");
-    option1_ = new QRadioButton(G().texts.msgOr(jk::Msg::Transparent, "Transparent"), frame5_);
+    option1_ = new QRadioButton(jk::texts().msgOr(jk::Msg::Transparent, "Transparent"), frame5_);
     option1_->setObjectName("Option1");
-    option2_ = new QRadioButton(G().texts.msgOr(jk::Msg::SolidColor, "Colors"), frame5_);
+    option2_ = new QRadioButton(jk::texts().msgOr(jk::Msg::SolidColor, "Colors"), frame5_);
     option2_->setObjectName("Option2");
-    option2_->installEventFilter(this);
     auto* backLayout = new QVBoxLayout(frame5_);
     backLayout->addWidget(option1_);
     backLayout->addWidget(option2_);
 
-    check1_ = new QCheckBox(G().texts.msgOr(jk::Msg::Border, "Border"), panel_);
+    check1_ = new QCheckBox(jk::texts().msgOr(jk::Msg::Border, "Border"), panel_);
     check1_->setObjectName("Check1");
 
     auto* panelLayout = new QVBoxLayout(panel_);
@@ -162,10 +161,10 @@ TextBlockDialog::TextBlockDialog(QWidget* parent) : QDialog(parent)
     panelLayout->addWidget(check1_);
     panelLayout->addStretch(1);
 
-    ok_ = new QPushButton(G().texts.msgOr(jk::Msg::Ok, "OK"), this);
+    ok_ = new QPushButton(jk::texts().msgOr(jk::Msg::Ok, "OK"), this);
     ok_->setObjectName("Command1");
     ok_->setDefault(true);
-    cancel_ = new QPushButton(G().texts.msgOr(jk::Msg::Cancel, "Cancel"), this);
+    cancel_ = new QPushButton(jk::texts().msgOr(jk::Msg::Cancel, "Cancel"), this);
     cancel_->setObjectName("Command2");
 
     auto* top = new QHBoxLayout;
@@ -202,40 +201,38 @@ TextBlockDialog::TextBlockDialog(QWidget* parent) : QDialog(parent)
             });
     connect(textinput_, &QPlainTextEdit::textChanged, this, [this] { limitLength(changePos_, changeAdded_); });
 
-    initialise();
+    initialise(request);
 }
 
-void TextBlockDialog::run(QWidget* parent)
+TextEditResult TextBlockDialog::edit(QWidget* parent, const TextEditRequest& request)
 {
-    TextBlockDialog dialog(parent);
+    TextBlockDialog dialog(request, parent);
     dialog.exec();
+    return dialog.result();
 }
 
-void TextBlockDialog::initialise()
+void TextBlockDialog::initialise(const TextEditRequest& request)
 {
-    auto& g = G();
-    g.listingFlag = false;
-    g.colorChoiceFlag = false;
-    spine_ = g.spineTextMode != 0;
+    spine_ = request.mode == TextEditRequest::Mode::Spine;
+    fromListing_ = false;
+    startText_ = request.text;
+    result_ = TextEditResult{};
+    result_.style = request.style;
+    result_.spineFont = request.spineFont;
 
     if (!spine_) {
-        int alignment = 0;
-        if (const jk::TextRecord* r = record(false)) {
-            const jk::TextStyle& s = r->style;
-            fore_ = s.foreColor;
-            back_ = s.backColor;
-            opaque_ = s.backStyle == 1;
-            if (!s.fontName.isEmpty())
-                textinput_->setFont(previewFont(s.fontName, s.fontSize, s.bold != 0, s.italic != 0,
-                                                s.underline != 0, s.strikethru != 0));
-            alignment = s.alignment;
-            check1_->setChecked(s.borderStyle == 1);
-        }
+        const jk::TextStyle& s = result_.style;
+        fore_ = s.foreColor;
+        back_ = s.backColor;
+        opaque_ = s.backStyle == 1;
+        if (!s.fontName.isEmpty())
+            textinput_->setFont(previewFont(s.fontName, s.fontSize, s.bold != 0, s.italic != 0,
+                                            s.underline != 0, s.strikethru != 0));
+        check1_->setChecked(s.borderStyle == 1);
         (opaque_ ? option2_ : option1_)->setChecked(true);
-        g.alignmentChoice = jk::i16(alignment == 1 || alignment == 2 ? alignment : 0);
+        alignment_ = jk::i16(s.alignment == 1 || s.alignment == 2 ? s.alignment : 0);
     } else {
-        const jk::Global::SpineFont& sf = g.spineFont;
-        g.pendingText = g.spineText;
+        const jk::SpineFont& sf = result_.spineFont;
         // The spine has no border, no transparency and no text files.
         option1_->hide();
         check1_->hide();
@@ -247,10 +244,10 @@ void TextBlockDialog::initialise()
         opaque_ = true;
         textinput_->setFont(previewFont(sf.name.isEmpty() ? QStringLiteral("Arial") : sf.name, sf.size,
                                         sf.bold != 0, sf.italic != 0, sf.underline != 0, sf.strikethru != 0));
-        g.alignmentChoice = 0;
+        alignment_ = 0;
     }
     panel_->show();
-    switch (g.alignmentChoice) {
+    switch (alignment_) {
     case 1: rgt_->setChecked(true); break;
     case 2: cntr_->setChecked(true); break;
     default: lft_->setChecked(true); break;
@@ -264,29 +261,16 @@ void TextBlockDialog::initialise()
         move(area.x() + (area.width() - width()) / 2, area.y() + (area.height() - height()) / 2);
     }
 
-    if (g.pendingText != kNoText) textinput_->setPlainText(g.pendingText);
+    if (!request.text.isEmpty()) textinput_->setPlainText(request.text);
     textinput_->moveCursor(QTextCursor::End);
     textinput_->setFocus();
 }
 
-jk::TextRecord* TextBlockDialog::record(bool bySelector) const
+void TextBlockDialog::ensureStyled()
 {
-    auto& g = G();
-    const bool freeTable = (bySelector ? g.blockSelector : g.pageRequest) == 1;
-    auto& table = freeTable ? g.freeText : g.pageText;
-    return table.valid(g.currentBlock) ? &table.at(g.currentBlock) : nullptr;
-}
-
-void TextBlockDialog::ensureStyled(jk::TextRecord* r) const
-{
-    if (!r || !r->style.fontName.isEmpty()) return;
-    jk::TextStyle& s = r->style;
-    s.fontName = QStringLiteral("Ms Sans Serif");
-    s.fontSize = 10;
-    s.bold = true;
-    s.italic = s.strikethru = 0;
-    s.underline = 0;
-    s.foreColor = 80008;
+    jk::TextStyle& s = result_.style;
+    if (!s.fontName.isEmpty()) return;
+    jk::sheet::applyDefaultFont(s);
     s.backStyle = 0;
     s.borderStyle = 0;
     s.backColor = 0;
@@ -306,7 +290,7 @@ void TextBlockDialog::updatePreview()
     textinput_->setPalette(p);
 
     QTextOption option = textinput_->document()->defaultTextOption();
-    const int a = G().alignmentChoice;
+    const int a = alignment_;
     option.setAlignment(a == 1 ? Qt::AlignRight : a == 2 ? Qt::AlignHCenter : Qt::AlignLeft);
     textinput_->document()->setDefaultTextOption(option);
 }
@@ -335,39 +319,36 @@ void TextBlockDialog::limitLength(int position, int added)
 
 void TextBlockDialog::Lft_Click()
 {
-    G().alignmentChoice = 0;
+    alignment_ = 0;
     lft_->setChecked(true);
     updatePreview();
 }
 
 void TextBlockDialog::Cntr_Click()
 {
-    G().alignmentChoice = 2;
+    alignment_ = 2;
     cntr_->setChecked(true);
     updatePreview();
 }
 
 void TextBlockDialog::Rgt_Click()
 {
-    G().alignmentChoice = 1;
+    alignment_ = 1;
     rgt_->setChecked(true);
     updatePreview();
 }
 
 void TextBlockDialog::Command1_Click()
 {
-    auto& g = G();
     QString text = textinput_->toPlainText();
     text.replace(u'\t', QStringLiteral("        "));
-    g.pendingText = text;
-    g.textAccepted = true;
+    result_.text = text;
+    result_.accepted = true;
+    result_.fromListing = fromListing_;
     if (!spine_) {
-        if (jk::TextRecord* r = record(false)) {
-            if (g.listingFlag)
-                r->style.fontName = QStringLiteral("Fixedsys");
-            else
-                r->style.alignment = g.alignmentChoice;
-        }
+        result_.style.alignment = alignment_;
+        // A drive listing lines up in columns only in a fixed-width face.
+        if (fromListing_) result_.style.fontName = QStringLiteral("Fixedsys");
     }
     closing_ = true;
     accept();
@@ -378,66 +359,54 @@ void TextBlockDialog::Command2_Click() { reject(); }
 void TextBlockDialog::reject()
 {
     if (!closing_) {
-        auto& g = G();
-        g.textAccepted = false;
-        // The spine caller copies this back whatever the flag says, so a
-        // cancelled spine edit keeps the old spine text.
-        g.pendingText = spine_ ? g.spineText : QString();
+        result_.accepted = false;
+        // A cancelled spine edit hands the text it started with back, so the
+        // spine keeps it whatever the caller does with the result.
+        result_.text = spine_ ? startText_ : QString();
         closing_ = true;
     }
     QDialog::reject();
 }
 
-bool TextBlockDialog::eventFilter(QObject* watched, QEvent* event)
-{
-    // Only a button that has had the focus was chosen by the user; the
-    // initial selection must not open the colour choice.
-    if (watched == option2_ && event->type() == QEvent::FocusIn) G().colorChoiceFlag = true;
-    return QDialog::eventFilter(watched, event);
-}
-
 void TextBlockDialog::Command4_Click()
 {
-    auto& g = G();
     QFont initial;
     if (spine_) {
-        const jk::Global::SpineFont& sf = g.spineFont;
+        const jk::SpineFont& sf = result_.spineFont;
         initial = previewFont(sf.name.isEmpty() ? QStringLiteral("Arial") : sf.name, sf.size, sf.bold != 0,
                               sf.italic != 0, sf.underline != 0, sf.strikethru != 0);
     } else if (lastFont_) {
         initial = *lastFont_;
-    } else if (const jk::TextRecord* r = record(false); r && !r->style.fontName.isEmpty()) {
-        const jk::TextStyle& s = r->style;
+    } else if (const jk::TextStyle& s = result_.style; !s.fontName.isEmpty()) {
         initial = previewFont(s.fontName, s.fontSize, s.bold != 0, s.italic != 0, s.underline != 0,
                               s.strikethru != 0);
     } else {
         initial = previewFont(QStringLiteral("Arial"), 11.75, false, false, false, false);
     }
 
-    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, jk::plainCaption(G().texts.msgOr(jk::Msg::FontButton, "Fonts")));
+    const std::optional<QFont> chosen = pf::services().fonts->chooseFont(initial, jk::plainCaption(jk::texts().msgOr(jk::Msg::FontButton, "Fonts")));
     if (!chosen) return;
     QFont f = *chosen;
     const double points = std::clamp(pointsOf(f), kMinPoints, kMaxPoints);
     f.setPointSizeF(points);
     lastFont_ = f;
-    const auto flag = [](bool b) { return b ? true : false; };
     if (spine_) {
-        jk::Global::SpineFont& sf = g.spineFont;
+        jk::SpineFont& sf = result_.spineFont;
         sf.name = f.family();
-        sf.underline = f.underline() ? 1 : 0;
-        sf.italic = f.italic() ? 1 : 0;
-        sf.bold = flag(f.bold());
-        sf.strikethru = f.strikeOut() ? 1 : 0;
+        sf.underline = f.underline();
+        sf.italic = f.italic();
+        sf.bold = f.bold();
+        sf.strikethru = f.strikeOut();
         sf.size = jk::i32(std::lround(points));
-    } else if (jk::TextRecord* r = record(false)) {
-        ensureStyled(r);
-        jk::TextStyle& s = r->style;
+    } else {
+        ensureStyled();
+        jk::TextStyle& s = result_.style;
         s.fontName = f.family();
         s.fontSize = jk::i16(std::lround(points));
-        s.bold = flag(f.bold());
-        s.italic = flag(f.italic());
-        s.strikethru = flag(f.strikeOut());
-        s.underline = flag(f.underline());
+        s.bold = f.bold();
+        s.italic = f.italic();
+        s.strikethru = f.strikeOut();
+        s.underline = f.underline();
         fore_ = s.foreColor;
     }
     textinput_->setFont(f);
@@ -446,16 +415,15 @@ void TextBlockDialog::Command4_Click()
 
 void TextBlockDialog::ForeColor_Click()
 {
-    auto& g = G();
     const std::optional<QColor> c =
         pf::services().colors->chooseColor(jk::winColor(fore_), jk::plainCaption(foreColor_->text()));
     if (!c || !c->isValid()) return;
     fore_ = jk::toWinColor(*c);
     if (spine_) {
-        g.spineFont.foreColor = fore_;
-    } else if (jk::TextRecord* r = record(false)) {
-        ensureStyled(r);
-        r->style.foreColor = fore_;
+        result_.spineFont.foreColor = fore_;
+    } else {
+        ensureStyled();
+        result_.style.foreColor = fore_;
     }
     updatePreview();
 }
@@ -463,50 +431,44 @@ void TextBlockDialog::ForeColor_Click()
 void TextBlockDialog::Option1_Click()
 {
     if (spine_) return;
-    if (jk::TextRecord* r = record(true)) {
-        ensureStyled(r);
-        r->style.backStyle = 0;
-        fore_ = r->style.foreColor;
-    }
+    ensureStyled();
+    result_.style.backStyle = 0;
+    fore_ = result_.style.foreColor;
     opaque_ = false;
     updatePreview();
 }
 
 void TextBlockDialog::Option2_Click()
 {
-    auto& g = G();
-    // A click is the user's own, whether or not the focus event came first.
-    g.colorChoiceFlag = true;
-    jk::TextRecord* r = spine_ ? nullptr : record(true);
-    if (r) {
-        ensureStyled(r);
-        r->style.backStyle = 1;
-        fore_ = r->style.foreColor;
-        back_ = r->style.backColor;
+    if (!spine_) {
+        ensureStyled();
+        jk::TextStyle& s = result_.style;
+        s.backStyle = 1;
+        fore_ = s.foreColor;
+        back_ = s.backColor;
+        opaque_ = true;
     }
-    if (!spine_) opaque_ = true;
     updatePreview();
 
+    // Only a click opens the colour choice, never the button's initial
+    // selection.
     const std::optional<QColor> c =
-        pf::services().colors->chooseColor(jk::winColor(back_), jk::plainCaption(G().texts.msgOr(jk::Msg::SolidColor, "Colors")));
+        pf::services().colors->chooseColor(jk::winColor(back_), jk::plainCaption(jk::texts().msgOr(jk::Msg::SolidColor, "Colors")));
     if (!c || !c->isValid()) return;
     back_ = jk::toWinColor(*c);
-    if (spine_) {
-        if (g.textDestination == 2) g.spineFont.backColor = back_;
-    } else if (r) {
-        r->style.backColor = back_;
-    }
+    if (spine_)
+        result_.spineFont.backColor = back_;
+    else
+        result_.style.backColor = back_;
     updatePreview();
 }
 
 void TextBlockDialog::Check1_Click()
 {
     if (spine_) return;
-    if (jk::TextRecord* r = record(true)) {
-        ensureStyled(r);
-        r->style.borderStyle = check1_->isChecked() ? 1 : 0;
-        fore_ = r->style.foreColor;
-    }
+    ensureStyled();
+    result_.style.borderStyle = check1_->isChecked() ? 1 : 0;
+    fore_ = result_.style.foreColor;
     updatePreview();
 }
 
@@ -521,9 +483,9 @@ const char* const kTextFilter = "Text files (*.txt);;All files (*)";
 
 void TextBlockDialog::Fopen_Click()
 {
-    const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
+    const QString folder = lastFolder().isEmpty() ? jk::app().settings.projectFolder : lastFolder();
     const QString path =
-        pf::services().files->openFile(jk::plainCaption(G().texts.msgOr(jk::Msg::OpenMenu, "Open")), folder, QString::fromLatin1(kTextFilter));
+        pf::services().files->openFile(jk::plainCaption(jk::texts().msgOr(jk::Msg::OpenMenu, "Open")), folder, QString::fromLatin1(kTextFilter));
     if (path.isEmpty()) return;
     lastFolder() = QFileInfo(path).absolutePath();
     QString text, error;
@@ -536,8 +498,8 @@ void TextBlockDialog::Fopen_Click()
 
 void TextBlockDialog::Fsave_Click()
 {
-    const QString folder = lastFolder().isEmpty() ? G().projectFolder : lastFolder();
-    const QString path = pf::services().files->saveFile(jk::plainCaption(G().texts.msgOr(jk::Msg::SaveMenu, "Save")), folder,
+    const QString folder = lastFolder().isEmpty() ? jk::app().settings.projectFolder : lastFolder();
+    const QString path = pf::services().files->saveFile(jk::plainCaption(jk::texts().msgOr(jk::Msg::SaveMenu, "Save")), folder,
                                                         QString::fromLatin1(kTextFilter), QStringLiteral("txt"));
     if (path.isEmpty()) return;
     lastFolder() = QFileInfo(path).absolutePath();
@@ -547,7 +509,7 @@ void TextBlockDialog::Fsave_Click()
 
 void TextBlockDialog::showError(const QString& text)
 {
-    pf::services().messages->show(text, G().texts.msgOr(jk::Msg::ProgramTitle, "Jewelcase Studio"), pf::Icon::Warning);
+    pf::services().messages->show(text, jk::texts().msgOr(jk::Msg::ProgramTitle, "Jewelcase Studio"), pf::Icon::Warning);
 }
 
 bool TextBlockDialog::readTextFile(const QString& path, QString* text, QString* error)

@@ -2,22 +2,14 @@
 // The text dialog: the user types or loads the text of a text block (or of
 // the spine strip) and sets its font, colours, border and alignment.
 //
-// Hand-over through jk::G():
-//   in  pendingText      the text to show; "ZILCH" means none
-//       spineTextMode    true: edit the spine text (spineText, spineFont)
-//       currentBlock     the slot being inserted or edited
-//       pageRequest      1: that slot is in freeText, else in pageText (font,
-//                        colours, the starting state)
-//       blockSelector    1: freeText, else pageText (border and background)
-//       textDestination  2: a background colour chosen in spine mode goes to
-//                        the spine
-//   out textAccepted     true after OK, false after Cancel
-//       pendingText      OK: the text, each tab expanded to 8 spaces;
-//                        Cancel: empty, or in spine mode the old spine text
-//       alignmentChoice  0 left, 1 right, 2 centre (also stored in the record)
-//       listingFlag      the text is a drive listing
-// Font, colours, border and background are written into the record (or the
-// spine font) the moment the user sets them, and stay written on Cancel.
+// It works on a copy of the block's style (or of the spine font) that it is
+// given, and hands back what became of it, so it never reaches into the
+// project: the caller decides what to store. Font, colours, border and
+// background count the moment the user sets them, so the returned style
+// carries them also after Cancel; the text and the alignment count only
+// after OK.
+#include "model/Project.h"
+#include "model/Records.h"
 #include <QDialog>
 #include <QFont>
 #include <QString>
@@ -32,18 +24,44 @@ class QPlainTextEdit;
 class QPushButton;
 class QRadioButton;
 
-namespace jk {
-struct TextRecord;
-}
+// What the text dialog starts from.
+struct TextEditRequest {
+    enum class Mode { Block, Spine } mode = Mode::Block;
+    QString text;            // the text the box starts with (empty for a new block)
+    jk::TextStyle style;     // Block mode: the block's record style; fontName empty means the record has had no formatting yet
+    jk::SpineFont spineFont; // Spine mode: the spine's font and colours
+};
+
+// What the text dialog leaves.
+struct TextEditResult {
+    bool accepted = false;   // OK was pressed
+    // After OK: the text, each tab expanded to 8 spaces. After Cancel: empty
+    // in Block mode, the text it started with in Spine mode.
+    QString text;
+    // Block mode: the style as the user left it. Font, colours, border and
+    // background count also after Cancel; the alignment (0 left, 1 right,
+    // 2 centre) changes only on OK. A block that got its first formatting
+    // here starts from the block defaults, so its fontName is no longer
+    // empty. In Spine mode the style it was given.
+    jk::TextStyle style;
+    // Spine mode: likewise (a background colour chosen in spine mode goes to
+    // the spine's backColor). In Block mode the spine font it was given.
+    jk::SpineFont spineFont;
+    bool fromListing = false; // the text came from a drive listing
+};
 
 class TextBlockDialog : public QDialog {
     Q_OBJECT
 public:
+    // An empty new block.
     explicit TextBlockDialog(QWidget* parent = nullptr);
+    explicit TextBlockDialog(const TextEditRequest& request, QWidget* parent = nullptr);
 
-    // Creates the dialog, shows it modally and destroys it; the results are
-    // in jk::G() afterwards.
-    static void run(QWidget* parent);
+    // Creates the dialog, shows it modally and destroys it.
+    static TextEditResult edit(QWidget* parent, const TextEditRequest& request);
+
+    // What the dialog hands back, as it stands now (complete once closed).
+    TextEditResult result() const { return result_; }
 
     // Alignment buttons: 0 left, 2 centre, 1 right.
     void Lft_Click();
@@ -69,10 +87,9 @@ public:
 
 protected:
     void reject() override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void initialise();
+    void initialise(const TextEditRequest& request);
     void Command1_Click();
     void Command2_Click();
     void Command4_Click();
@@ -83,21 +100,22 @@ private:
     void Fopen_Click();
     void Fsave_Click();
 
-    // The record being edited, from the table the page request names (or the
-    // block selector, for border and background); null when there is none.
-    jk::TextRecord* record(bool bySelector) const;
-    // A record that gets its first formatting starts from the block defaults,
+    // A style that gets its first formatting starts from the block defaults,
     // so that the sheet keeps the formatting instead of replacing it.
-    void ensureStyled(jk::TextRecord* r) const;
+    void ensureStyled();
     void updatePreview();
     void limitLength(int position, int added);
     void showError(const QString& text);
 
     bool spine_ = false;
     bool closing_ = false;
+    QString startText_;      // a cancelled spine edit hands it back
+    jk::i16 alignment_ = 0;  // the alignment buttons' choice: 0 left, 1 right, 2 centre
+    bool fromListing_ = false;
+    TextEditResult result_;  // style and spine font change as the user sets them
     bool limiting_ = false;
     int changePos_ = 0, changeAdded_ = 0;  // the edit the document reported last
-    // What the preview shows when there is no record to read it from.
+    // The colours the preview shows.
     qint32 fore_ = 0, back_ = 0xFFFFFF;
     bool opaque_ = false;
     std::optional<QFont> lastFont_;  // the font dialog's last choice

@@ -1,5 +1,6 @@
 #include "ui/mainwindow/MainWindow.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
+#include "ui/sheet/SheetWindow.h"
 #include "file/MessageFile.h"
 #include <QAction>
 #include <QComboBox>
@@ -8,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QSlider>
 #include <QToolBar>
@@ -54,26 +56,26 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     buildPopups();
     buildToolBar();
     connectCommands();
-    jk::setShell(this);
     connectSheetCommands();
     connectProjectCommands();
 }
 
 MainWindow::~MainWindow()
 {
-    if (jk::shell() == this) jk::setShell(nullptr);
+    // The sheets show this window's project: they go before it does.
+    qDeleteAll(mdi_->subWindowList());
 }
 
-QAction* MainWindow::action(const QString& name) const { return actions_.value(name); }
-QMenu* MainWindow::popup(const QString& name) const { return popups_.value(name); }
-QToolButton* MainWindow::button(const QString& name) const { return buttons_.value(name); }
+QAction* MainWindow::action(const QString& name) const { return actions_.action(name); }
+QMenu* MainWindow::popup(const QString& name) const { return actions_.popup(name); }
+QToolButton* MainWindow::button(const QString& name) const { return actions_.button(name); }
 
 QMenu* MainWindow::addMenu(QWidget* parent, const QString& name, const QString& designCaption)
 {
     auto* m = new QMenu(designCaption, parent);
     m->setObjectName(name);
     m->menuAction()->setObjectName(name);
-    actions_.insert(name, m->menuAction());
+    actions_.add(name, m->menuAction());
     if (auto* bar = qobject_cast<QMenuBar*>(parent)) bar->addMenu(m);
     else if (auto* up = qobject_cast<QMenu*>(parent)) up->addMenu(m);
     return m;
@@ -83,7 +85,7 @@ QAction* MainWindow::addAction(QMenu* menu, const QString& name, const QString& 
 {
     QAction* a = menu->addAction(designCaption);
     a->setObjectName(name);
-    actions_.insert(name, a);
+    actions_.add(name, a);
     return a;
 }
 
@@ -165,7 +167,7 @@ void MainWindow::buildPopups()
         m->setObjectName(name);
         m->menuAction()->setObjectName(name);
         m->menuAction()->setVisible(false);
-        popups_.insert(name, m);
+        actions_.add(name, m);
         return m;
     };
     QMenu* m = pop("PoPlace", "Action");
@@ -223,7 +225,7 @@ QToolButton* MainWindow::addButton(const QString& name)
     b->setObjectName(name);
     b->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(name)));
     b->setAutoRaise(true);
-    buttons_.insert(name, b);
+    actions_.add(name, b);
     return b;
 }
 
@@ -231,6 +233,7 @@ void MainWindow::buildToolBar()
 {
     panel_ = new QToolBar(this);
     panel_->setObjectName("SSPanel1");
+    actions_.addWidget(QStringLiteral("SSPanel1"), panel_);
     panel_->setMovable(false);
     panel_->setIconSize(QSize(24, 24));
     addToolBar(Qt::TopToolBarArea, panel_);
@@ -295,8 +298,8 @@ void MainWindow::buildToolBar()
 
 void MainWindow::applyTexts()
 {
-    const jk::Texts& t = jk::G().texts;
-    for (auto it = actions_.cbegin(); it != actions_.cend(); ++it) {
+    const jk::Texts& t = jk::texts();
+    for (auto it = actions_.allActions().cbegin(); it != actions_.allActions().cend(); ++it) {
         const QString caption = jk::menuCaption(t, it.key());
         if (jk::menuCaptionOrder().contains(it.key()) || !caption.isEmpty()) {
             it.value()->setText(caption);

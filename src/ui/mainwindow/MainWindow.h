@@ -1,10 +1,15 @@
 #pragma once
 // The application frame: menus, tool bar, printer box, nudge-step controls and
-// the area that holds the sheet windows.
-#include "model/Shell.h"
-#include <QHash>
+// the area that holds the sheet windows. It owns the project, the editing
+// state and the commands, and hands them to its sheet windows.
+#include "model/EditorState.h"
+#include "model/Project.h"
+#include "ui/dialogs/NewProjectDialog.h"
+#include "ui/sheet/Actions.h"
+#include "ui/sheet/SheetWindow.h"
 #include <QMainWindow>
 #include <functional>
+#include <vector>
 
 class QAction;
 class QComboBox;
@@ -16,11 +21,17 @@ class QSlider;
 class QToolBar;
 class QToolButton;
 
-class MainWindow : public QMainWindow, public jk::IShell {
+class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
+
+    jk::Project& project() { return project_; }
+    jk::EditorState& editor() { return editor_; }
+    Actions& actions() { return actions_; }
+    // The dialogs the sheets ask; tests put their own answers here.
+    SheetDialogs& dialogs() { return dialogs_; }
 
     // Controls and commands by their historical names.
     QAction* action(const QString& name) const;
@@ -51,21 +62,25 @@ public:
     void showHelp(const QString& page);
     void startCompanion(const QString& program, bool wait);
 
-    // IShell
-    void setPrintCommandsEnabled(bool enabled) override;
-    std::vector<jk::ISheet*> sheets() const override;
-    void refresh() override;  // Rafraichir
+    // Enables every print command when a printer is installed.
+    void updatePrinterAvailability();
+    bool printerAvailable() const { return printerAvailable_; }
+    // The printer to restore on quitting (the default one at start-up).
+    void setSavedPrinter(const QString& name) { savedPrinterName_ = name; }
+    // The open sheet windows, first opened first.
+    std::vector<SheetWindow*> sheets() const;
+    void refresh();
 
     // Program names of the companion commands, looked up beside the program.
     static QString companionPath(const QString& baseName);
 
-    // Sheet commands (src/sheet/MDIForm1_Sheets.cpp)
+    // Sheet commands (MainWindow_Sheet.cpp)
     void addSimpleSheet();
     void addBookletSheet();
     void addInlaySheet();
     void addDiscSheet();
-    // Creates and shows the sheet window of a format; its caption is the
-    // pending sheet caption. Used by the add commands and the project commands.
+    // Creates and shows the sheet window of a format. Used by the add
+    // commands and the project commands.
     class SheetWindow* createSheet(int code);
     class SheetWindow* activeSheet() const;
     class SheetWindow* sheetOf(int code) const;
@@ -74,26 +89,26 @@ public:
     void toggleTextPage();              // SSCommand2
     void connectSheetCommands();
 
-    // Object commands (src/sheet/MDIForm1_Objects.cpp)
+    // Object commands (MainWindow_Insert.cpp)
     void insertText();      // Insertext, SSCommand12
     void insertPicture();   // InsertPic, SSCommand13
     void newBackground();   // Backpic, SSCommand14
     void insertSpineText(); // Txtfold, SSCommand15
     void connectObjectCommands();
 
-    // Clipboard (src/sheet/MDIForm1_Clipboard.cpp)
+    // Clipboard (MainWindow_Edit.cpp)
     void copyObject();   // copySelected, copyobj
     void cutObject();    // clipcut, Cutobj: copy, then delete the object
     void pasteObject();  // Clipaste, Pasteobj
     void connectClipboardCommands();
 
-    // Fields (src/sheet/MDIForm1_Fields.cpp)
+    // Fields (MainWindow_Fields.cpp)
     void insertCharField();  // FieldCharacter, FDA
     void insertNumField();   // FieldNumeric, FDN
     void updateValueStepCommands();    // Next and Previous of the character-field menu
     void connectFieldCommands();
 
-    // Project commands (src/project/MDIForm1_Project.cpp)
+    // Project commands (MainWindow_File.cpp)
     bool newProject();      // false when the user cancelled the save question
     bool openProject();   // false when nothing was opened
     bool saveProject();       // false when not saved (cancelled or failed)
@@ -106,8 +121,8 @@ public:
     void startProject(const QString& commandLineProject);
     void setProjectTitle();
     void connectProjectCommands();
-    // The new-project dialog; returns NewProjectDialog's result. Tests replace it.
-    static std::function<int(QWidget*)> newProjectDialog;
+    // The new-project dialog; tests give their own answer.
+    std::function<NewProjectChoice(QWidget*)> newProjectDialog = &NewProjectDialog::run;
 
 protected:
     void closeEvent(QCloseEvent* e) override;
@@ -121,6 +136,8 @@ private:
     QAction* addAction(QMenu* menu, const QString& name, const QString& designCaption);
     QMenu* addMenu(QWidget* parent, const QString& name, const QString& designCaption);
     QToolButton* addButton(const QString& name);
+    void addSheet(int code);
+    void enableCommand(const char* name, bool on);
     // Project command helpers
     bool askSaveChanges(bool askNameWhenUntitled);
     QString chooseSaveName(const QString& proposed);
@@ -135,9 +152,14 @@ private:
     QLineEdit* stepping_ = nullptr;
     QSlider* slider_ = nullptr;
     QLabel* picture1_ = nullptr;
-    QHash<QString, QAction*> actions_;
-    QHash<QString, QMenu*> popups_;
-    QHash<QString, QToolButton*> buttons_;
+    jk::Project project_;
+    jk::EditorState editor_;
+    Actions actions_;
+    SheetDialogs dialogs_;
+    int chosenSheets_ = 0;       // the sheets of the project: sum of format codes
+    bool openExisting_ = false;  // the new-project command may open a file instead
+    bool printerAvailable_ = false;
+    QString savedPrinterName_;
     bool quitting_ = false;
     bool updatingStep_ = false;
 };

@@ -4,20 +4,16 @@
 // menus' delete entries (deleteObject, which hands fields to deleteField).
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/sheet/SheetWindow.h"
-#include "model/Global.h"
 #include <QAction>
 #include <QMenu>
 #include <QToolBar>
 #include <QToolButton>
-
-using jk::G;
 
 void MainWindow::insertCharField()
 {
     panel_->update();
     SheetWindow* s = activeSheet();
     if (!s) return;
-    G().fieldSubKind = 1;
     s->insertCharField();
 }
 
@@ -26,7 +22,6 @@ void MainWindow::insertNumField()
     panel_->update();
     SheetWindow* s = activeSheet();
     if (!s) return;
-    G().fieldSubKind = 2;
     s->insertNumField();
 }
 
@@ -37,7 +32,6 @@ void MainWindow::updateValueStepCommands()
 
 void MainWindow::connectFieldCommands()
 {
-    SheetWindow::installFieldHook();
     auto on = [this](const char* name, auto fn) { connect(action(name), &QAction::triggered, this, fn); };
     auto onButton = [this](const char* name, auto fn) { connect(button(name), &QToolButton::clicked, this, fn); };
     auto onSheet = [this](void (SheetWindow::*proc)()) {
@@ -58,8 +52,8 @@ void MainWindow::connectFieldCommands()
     on("raz", onSheet(&SheetWindow::resetNumbers));
     for (const char* n : {"AAEdit", "Nedit"})
         on(n, [this] {
-            G().moveMode = false;
-            G().resizeMode = false;
+            editor_.selection.moveMode = false;
+            editor_.selection.resizeMode = false;
             if (SheetWindow* s = activeSheet()) s->editField();
         });
     // Next and Previous are offered as far as the field's file goes.

@@ -1,26 +1,17 @@
 // The main window's object commands: inserting text blocks, pictures,
 // backgrounds and the spine text, the object pop-up menus, the arrow and
-// diagonal buttons and the stacking commands. Each sets the hand-over
-// variables and calls the active sheet.
+// diagonal buttons and the stacking commands, each on the active sheet.
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/sheet/SheetWindow.h"
-#include "model/Global.h"
-#include "model/Procedures.h"
 #include <QAction>
 #include <QToolBar>
 #include <QToolButton>
-
-using jk::G;
 
 void MainWindow::insertText()
 {
     panel_->update();
     SheetWindow* s = activeSheet();
     if (!s) return;
-    jk::Global& g = G();
-    g.textDestination = 0;
-    g.fieldSubKind = 0;
-    g.spineTextMode = false;
     if (s->textPageShown()) s->insertPageTextBlock();
     else s->insertTextBlock();
 }
@@ -30,8 +21,6 @@ void MainWindow::insertPicture()
     panel_->update();
     SheetWindow* s = activeSheet();
     if (!s) return;
-    G().pictureDialogPurpose = 1;
-    G().textDestination = 1;
     s->insertPictureObject();
 }
 
@@ -40,8 +29,6 @@ void MainWindow::newBackground()
     panel_->update();
     SheetWindow* s = activeSheet();
     if (!s) return;
-    G().pictureDialogPurpose = 0;
-    G().textDestination = 1;
     s->changeBackground();
 }
 
@@ -50,13 +37,9 @@ void MainWindow::insertSpineText()
     panel_->update();
     SheetWindow* s = activeSheet();
     if (!s) return;
-    G().textDestination = 2;
-    G().fieldSubKind = 3;
     s->editSpineText();
-    s->repaintLeftSpine();
-    s->repaintRightSpine();
     // Every inlay shows the same spine text.
-    jk::spinePropagation();
+    project_.propagateSpine();
 }
 
 void MainWindow::connectObjectCommands()
@@ -83,29 +66,22 @@ void MainWindow::connectObjectCommands()
     on("EditObj", onSheet(&SheetWindow::editObject));
     on("DelOBJ", onSheet(&SheetWindow::deleteObject));
     on("DelPic", onSheet(&SheetWindow::deletePicture));
-    auto modes = [](bool move, bool resize) {
-        return [move, resize] {
-            G().moveMode = (move);
-            G().resizeMode = (resize);
-            G().textDestination = 1;
+    auto modes = [this](bool move, bool resize) {
+        return [this, move, resize] {
+            editor_.selection.moveMode = move;
+            editor_.selection.resizeMode = resize;
         };
     };
     for (const char* n : {"MoveObj", "PicMove", "AAMove", "Nmove"}) on(n, modes(true, false));
     for (const char* n : {"resObj", "PicRes"}) on(n, modes(false, true));
     for (const char* n : {"AADelete", "NDelete"})
         on(n, [this] {
-            G().moveMode = false;
-            G().resizeMode = false;
+            editor_.selection.moveMode = false;
+            editor_.selection.resizeMode = false;
             if (SheetWindow* s = activeSheet()) s->deleteObject();
         });
-    on("Picedit", [this] {
-        G().pictureEditRequest = true;
-        if (SheetWindow* s = activeSheet()) s->pictureRequests();
-    });
-    on("PicChg", [this] {
-        G().pictureChangeRequest = true;
-        if (SheetWindow* s = activeSheet()) s->pictureRequests();
-    });
+    on("Picedit", onSheet(&SheetWindow::editPictureExternally));
+    on("PicChg", onSheet(&SheetWindow::changePicture));
 
     // Arrows and diagonals: one step, or one step each way.
     auto nudge = [this](std::initializer_list<void (SheetWindow::*)()> steps) {

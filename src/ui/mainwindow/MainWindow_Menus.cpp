@@ -3,7 +3,7 @@
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/dialogs/PreferencesDialog.h"
 #include "platform/Services.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
 #include "file/Paths.h"
 #include "model/Procedures.h"
 #include "ui/sheet/SheetWindow.h"
@@ -21,7 +21,6 @@
 #include <QToolBar>
 #include <QToolButton>
 
-using jk::G;
 namespace pf = jk::platform;
 
 #ifndef JK_WEB_URL
@@ -37,7 +36,7 @@ void MainWindow::connectCommands()
     on("PREFERENCE", [this] {
         PreferencesDialog dlg(this);
         connect(&dlg, &PreferencesDialog::settingsWritten, this,
-                [this] { if (!G().picturesEditor.isEmpty()) action("Picedit")->setEnabled(true); });
+                [this] { if (!jk::app().settings.picturesEditor.isEmpty()) action("Picedit")->setEnabled(true); });
         dlg.exec();
     });
 
@@ -46,7 +45,7 @@ void MainWindow::connectCommands()
     on("ToolHide", [this] {
         const bool hide = panel_->isVisible();
         panel_->setVisible(!hide);
-        action("ToolHide")->setText(G().texts.msg(hide ? jk::Msg::ShowToolBar : jk::Msg::HideToolBar));
+        action("ToolHide")->setText(jk::texts().msg(hide ? jk::Msg::ShowToolBar : jk::Msg::HideToolBar));
     });
 
     // Window arrangement.
@@ -58,13 +57,13 @@ void MainWindow::connectCommands()
     onButton("SSCommand10", [this] { arrange(2); });
 
     // Help.
-    auto contents = [this] { showHelp(G().helpFile); };
+    auto contents = [this] { showHelp(jk::app().files.helpFile); };
     on("Helpprog", contents);
     onButton("SSCommand11", contents);
-    on("Tutorial", [this] { showHelp(QFileInfo(G().helpFile).absolutePath() + "/tutorial.html"); });
+    on("Tutorial", [this] { showHelp(QFileInfo(jk::app().files.helpFile).absolutePath() + "/tutorial.html"); });
     on("WEB", [] {
         QString url = QStringLiteral(JK_WEB_URL);
-        const QUrl target = url.isEmpty() ? QUrl::fromLocalFile(G().helpFile) : QUrl(url);
+        const QUrl target = url.isEmpty() ? QUrl::fromLocalFile(jk::app().files.helpFile) : QUrl(url);
         if (auto* d = pf::services().desktop) d->openUrl(target);
     });
     on("about", [] {
@@ -82,7 +81,7 @@ void MainWindow::connectCommands()
 
     // Print button: pops up the print menu when a printer is available.
     onButton("SSCommand1", [this] {
-        if (G().printerAvailable == 1)
+        if (printerAvailable_)
             popup("MPRINT")->popup(button("SSCommand1")->mapToGlobal(QPoint(0, button("SSCommand1")->height())));
     });
     onButton("AddSheet", [this] {
@@ -91,7 +90,7 @@ void MainWindow::connectCommands()
 
     // Releasing an arrow button ends a picture nudge.
     for (const char* n : {"SSCommand4", "SSCommand5", "SSCommand6", "SSCommand7", "LU", "LD", "RU", "RD"})
-        connect(button(n), &QToolButton::released, this, [] { G().pictureNudge = 0; });
+        connect(button(n), &QToolButton::released, this, [this] { editor_.selection.pictureNudge = false; });
 
     // Printer box.
     connect(combo1_, &QComboBox::activated, this, [this] { changePrinter(); refresh(); });
@@ -123,10 +122,10 @@ void MainWindow::stepChanged(const QString& text)
     const jk::StepResult r = jk::stepRule(text);
     if (r.notice) {
         if (auto* m = pf::services().messages)
-            m->show(G().texts.msg(jk::Msg::EnterWholeNumber) + QStringLiteral(" (1-999)"), QString(), pf::Icon::Information);
+            m->show(jk::texts().msg(jk::Msg::EnterWholeNumber) + QStringLiteral(" (1-999)"), QString(), pf::Icon::Information);
         stepping_->setText(QStringLiteral("10"));
     }
-    G().nudgeStep = jk::i16(r.step);
+    editor_.selection.nudgeStep = r.step;
     updatingStep_ = true;
     slider_->setValue(r.step);
     updatingStep_ = false;
@@ -159,18 +158,19 @@ void MainWindow::changePrinter()
     }
 }
 
-void MainWindow::setPrintCommandsEnabled(bool enabled)
+void MainWindow::updatePrinterAvailability()
 {
-    button("SSCommand1")->setEnabled(enabled);
+    printerAvailable_ = jk::printerAvailable();
+    button("SSCommand1")->setEnabled(printerAvailable_);
     for (const char* n : {"MFPrnSelect", "imprime", "IMPPRJ", "PRNSELECT", "PRTFNTCAT", "PRTPICCAT"})
-        action(n)->setEnabled(enabled);
+        action(n)->setEnabled(printerAvailable_);
 }
 
-std::vector<jk::ISheet*> MainWindow::sheets() const
+std::vector<SheetWindow*> MainWindow::sheets() const
 {
-    std::vector<jk::ISheet*> out;
+    std::vector<SheetWindow*> out;
     for (QMdiSubWindow* w : mdi_->subWindowList(QMdiArea::CreationOrder))
-        if (auto* s = dynamic_cast<jk::ISheet*>(w->widget())) out.push_back(s);
+        if (auto* s = qobject_cast<SheetWindow*>(w->widget())) out.push_back(s);
     return out;
 }
 
@@ -204,7 +204,6 @@ void MainWindow::arrange(int how)
 
 void MainWindow::showHelp(const QString& page)
 {
-    G().shellCommandLine = page;
     if (auto* h = pf::services().help) h->show(page);
 }
 
@@ -226,7 +225,6 @@ void MainWindow::startCompanion(const QString& program, bool wait)
 {
     auto* p = pf::services().programs;
     if (!p) return;
-    G().shellCommandLine = program;
     QString error;
     bool ok;
     if (wait) {
@@ -238,24 +236,24 @@ void MainWindow::startCompanion(const QString& program, bool wait)
         ok = p->start(program, {}, &error);
     }
     if (!ok)
-        if (auto* m = pf::services().messages) m->show(error, G().texts.msg(jk::Msg::ProgramTitle), pf::Icon::Critical);
+        if (auto* m = pf::services().messages) m->show(error, jk::texts().msg(jk::Msg::ProgramTitle), pf::Icon::Critical);
 }
 
 void MainWindow::quit()
 {
-    combo1_->setCurrentIndex(combo1_->findText(G().savedPrinterName));
+    combo1_->setCurrentIndex(combo1_->findText(savedPrinterName_));
     changePrinter();
     shutDown();
 }
 
 bool MainWindow::shutDown()
 {
-    jk::Global& g = G();
-    if (g.projectModified) {
-        const QString text = g.texts.msg(g.projectFileName.isEmpty() ? jk::Msg::SaveUnsavedProject : jk::Msg::SaveChanges);
+    if (project_.isModified()) {
+        const jk::Texts& t = jk::texts();
+        const QString text = t.msg(project_.fileName().isEmpty() ? jk::Msg::SaveUnsavedProject : jk::Msg::SaveChanges);
         int answer = pf::AnswerCancel;
         if (auto* m = pf::services().messages)
-            answer = m->show(text, g.texts.msg(jk::Msg::Warning), pf::Icon::Question, pf::Buttons::YesNoCancel);
+            answer = m->show(text, t.msg(jk::Msg::Warning), pf::Icon::Question, pf::Buttons::YesNoCancel);
         if (answer == pf::AnswerCancel) return false;
         if (answer == pf::AnswerYes && !saveProject()) return false;
     }
@@ -264,7 +262,7 @@ bool MainWindow::shutDown()
     SheetWindow::mayClose = true;
     const auto list = mdi_->subWindowList(QMdiArea::CreationOrder);
     for (auto it = list.rbegin(); it != list.rend(); ++it) (*it)->close();
-    jk::helpShutDown();
+    if (auto* h = pf::services().help) h->quit();
     close();
     QCoreApplication::quit();
     return true;

@@ -2,45 +2,36 @@
 // pop-ups and the display-mode commands that act on the active sheet.
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/sheet/SheetWindow.h"
-#include "model/Global.h"
+#include "model/AppContext.h"
 #include <QAction>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QToolButton>
 
-using jk::G;
 namespace sh = jk::sheet;
 
-namespace {
-
-void addSheet(MainWindow* w, int code)
+void MainWindow::addSheet(int code)
 {
-    if (w->sheetOf(code)) return;  // at most one sheet per format
-    jk::Global& g = G();
-    g.sheetComposition = jk::i16(g.sheetComposition + code);
-    g.pendingFormat = jk::i16(code);
-    g.pendingCaption = g.texts.formatNames[std::size_t(jk::formatNameIndex(code))];
-    w->createSheet(code);
-    sh::applyCommands(w, sh::addSheetTable(code, g.sheetComposition));
-    g.projectModified = true;
+    if (sheetOf(code)) return;  // at most one sheet per format
+    project_.setSheetComposition(project_.sheetComposition() + code);
+    createSheet(code);
+    actions_.apply(sh::addSheetTable(code, project_.sheetComposition()));
+    project_.setModified(true);
 }
 
-}  // namespace
-
-void MainWindow::addSimpleSheet() { addSheet(this, jk::FmtSimple); }
-void MainWindow::addBookletSheet() { addSheet(this, jk::FmtDouble); }
-void MainWindow::addInlaySheet() { addSheet(this, jk::FmtInside); }
-void MainWindow::addDiscSheet() { addSheet(this, jk::FmtCdRom); }
+void MainWindow::addSimpleSheet() { addSheet(jk::FmtSimple); }
+void MainWindow::addBookletSheet() { addSheet(jk::FmtDouble); }
+void MainWindow::addInlaySheet() { addSheet(jk::FmtInside); }
+void MainWindow::addDiscSheet() { addSheet(jk::FmtCdRom); }
 
 SheetWindow* MainWindow::createSheet(int code)
 {
-    G().pendingFormat = jk::i16(code);
-    auto* sheet = new SheetWindow(this);
+    auto* sheet = new SheetWindow(actions_, dialogs_, project_, editor_);
     QMdiSubWindow* sub = mdi_->addSubWindow(sheet);
     // Window position of a new sheet: 2880, 1485 twips.
     sub->move(192, 99);
-    sheet->initialise();
+    sheet->initialise(code);
     sub->show();
     mdi_->setActiveSubWindow(sub);
     return sheet;
@@ -62,7 +53,6 @@ SheetWindow* MainWindow::sheetOf(int code) const
 
 void MainWindow::removeSheet(bool fromButton)
 {
-    G().sheetActive = false;
     if (SheetWindow* s = activeSheet()) s->unloadSheet();
     if (fromButton) action("AddForm")->setEnabled(true);
 }
@@ -77,8 +67,8 @@ void MainWindow::bringSheetToFront(int code)
 
 void MainWindow::toggleTextPage()
 {
-    const bool textPage = G().pageRequest == 1;
-    sh::applyCommands(this, sh::textPageToggleTable(textPage));
+    const bool textPage = editor_.pageRequest == 1;
+    if (const int page = actions_.apply(sh::textPageToggleTable(textPage))) editor_.pageRequest = page;
     button("SSCommand2")->setChecked(textPage);
     if (SheetWindow* s = activeSheet()) s->togglePage();
 }
@@ -102,7 +92,7 @@ void MainWindow::connectSheetCommands()
         SheetWindow* s = activeSheet();
         if (!s) return;
         s->toggleSpines();
-        action("FMSP")->setText(G().texts.spineCaptions[G().spinesHidden ? 1 : 0]);
+        action("FMSP")->setText(jk::texts().spineCaptions[project_.spinesHidden() ? 1 : 0]);
     });
     on("FMSimple", [this] { bringSheetToFront(jk::FmtSimple); });
     on("FMDouble", [this] { bringSheetToFront(jk::FmtDouble); });
@@ -115,7 +105,7 @@ void MainWindow::connectSheetCommands()
 
     // Stretch to fit / actual size of the selected picture.
     on("PicView", [this] {
-        const auto& fit = G().texts.fitCaptions;
+        const auto& fit = jk::texts().fitCaptions;
         QAction* a = action("PicView");
         a->setText(a->text() == fit[0] ? fit[1] : fit[0]);
         if (SheetWindow* s = activeSheet()) s->togglePictureMode();

@@ -1,5 +1,6 @@
 #include "ui/sheet/SheetWindow.h"
-#include "model/Global.h"
+#include "ui/sheet/Actions.h"
+#include "model/AppContext.h"
 #include "model/Procedures.h"
 #include <QAction>
 #include <QApplication>
@@ -11,38 +12,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-using jk::G;
 using namespace jk::sheet;
-
-namespace jk::sheet {
-
-void applyCommands(QObject* root, const CommandTable& t)
-{
-    if (!root) return;
-    auto find = [root](const QString& name) -> QObject* {
-        if (auto* a = root->findChild<QAction*>(name)) return a;
-        return root->findChild<QWidget*>(name);
-    };
-    for (const auto& [name, on] : t.enable) {
-        QObject* o = find(name);
-        if (auto* a = qobject_cast<QAction*>(o)) a->setEnabled(on);
-        else if (auto* w = qobject_cast<QWidget*>(o)) w->setEnabled(on);
-    }
-    for (const auto& [name, on] : t.visible) {
-        QObject* o = find(name);
-        if (auto* a = qobject_cast<QAction*>(o)) a->setVisible(on);
-        else if (auto* w = qobject_cast<QWidget*>(o)) w->setVisible(on);
-    }
-    if (t.pageRequest) G().pageRequest = i16(t.pageRequest);
-}
-
-i16& compositionCopy()
-{
-    static i16 copy = 0;
-    return copy;
-}
-
-}  // namespace jk::sheet
 
 namespace {
 
@@ -62,7 +32,7 @@ protected:
     {
         QPainter p(this);
         p.scale(1.0 / kTwipsPerPixel, 1.0 / kTwipsPerPixel);
-        paint(p, sheet_->formatCode(), sheet_->renderOptions());
+        paint(p, sheet_->project(), sheet_->formatCode(), sheet_->renderOptions());
     }
     // Presses on the canvas belong to its objects, not to the window's
     // surface pop-up.
@@ -98,9 +68,10 @@ QRect toPixels(const QRect& twips)
 }  // namespace
 
 bool SheetWindow::mayClose = false;
-std::function<void()> SheetWindow::pictureDialog;
 
-SheetWindow::SheetWindow(QWidget* mainWindow, QWidget* parent) : QWidget(parent), main_(mainWindow)
+SheetWindow::SheetWindow(Actions& actions, SheetDialogs& dialogs, jk::Project& project, jk::EditorState& editor,
+                         QWidget* parent)
+    : QWidget(parent), actions_(actions), dialogs_(dialogs), project_(project), editor_(editor), sel_(editor.selection)
 {
     setObjectName(QStringLiteral("PictFold"));
     setWindowTitle(QStringLiteral("Folder name"));
@@ -114,6 +85,12 @@ SheetWindow::SheetWindow(QWidget* mainWindow, QWidget* parent) : QWidget(parent)
     cdpic_->setObjectName(QStringLiteral("CDPIC"));
     cdpic_->hide();
     resize(sizeHint());
+    // Whatever changes the document repaints the sheet; fields also grow
+    // with their text.
+    connect(&project_, &jk::Project::objectChanged, canvas_, qOverload<>(&QWidget::update));
+    connect(&project_, &jk::Project::sheetChanged, canvas_, qOverload<>(&QWidget::update));
+    connect(&project_, &jk::Project::fieldShownChanged, this, &SheetWindow::fieldShownChanged);
+    connect(&project_, &jk::Project::spinePropagated, this, &SheetWindow::setSpineCaption);
 }
 
 SheetWindow::~SheetWindow() = default;
@@ -123,14 +100,10 @@ QSize SheetWindow::sizeHint() const { return QSize(698, 504); }
 
 QMdiSubWindow* SheetWindow::frameWindow() const { return qobject_cast<QMdiSubWindow*>(parentWidget()); }
 
-QObject* SheetWindow::command(const QString& name) const
+void SheetWindow::apply(const CommandTable& t)
 {
-    if (!main_) return nullptr;
-    if (auto* a = main_->findChild<QAction*>(name)) return a;
-    return main_->findChild<QWidget*>(name);
+    if (const int page = actions_.apply(t)) editor_.pageRequest = page;
 }
-
-void SheetWindow::apply(const CommandTable& t) { applyCommands(main_, t); }
 
 bool SheetWindow::isActiveSheet() const
 {
@@ -138,14 +111,13 @@ bool SheetWindow::isActiveSheet() const
     return sub && sub->mdiArea() && sub->mdiArea()->currentSubWindow() == sub;
 }
 
-void SheetWindow::initialise()
+void SheetWindow::initialise(int code, const QString& caption)
 {
     trimSystemMenu();
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const int code = G().pendingFormat;
-    if (!G().pendingCaption.isEmpty()) setWindowTitle(G().pendingCaption);
-    else if (jk::formatNameIndex(code) >= 0) setWindowTitle(G().texts.formatNames[std::size_t(jk::formatNameIndex(code))]);
-    apply(setupTable(isFormatCode(code) ? code : 0, G().spinesHidden));
+    if (!caption.isEmpty()) setWindowTitle(caption);
+    else if (jk::formatNameIndex(code) >= 0) setWindowTitle(jk::texts().formatName(code));
+    apply(setupTable(isFormatCode(code) ? code : 0, project_.spinesHidden()));
     if (isFormatCode(code)) setUp(code);
     loaded_ = true;
     QApplication::restoreOverrideCursor();
@@ -174,28 +146,24 @@ void SheetWindow::trimSystemMenu()
 
 void SheetWindow::setUp(int code)
 {
-    jk::Global& g = G();
     code_ = code;
     setProperty("Tag", QString::number(code));
-    if (code == jk::FmtJacket) g.compositionCode = 16;
-    else g.compositionCode = jk::i16(g.compositionCode + jk::compositionWeight(code));
+    if (code == jk::FmtJacket) project_.setPrintWeights(16);
+    else project_.setPrintWeights(project_.printWeights() + jk::compositionWeight(code));
 
     canvas_->setGeometry(canvasRectPixels(code));
     canvas_->show();
     if (code == jk::FmtInside) {
         folder1_->setGeometry(toPixels(spineRect(code, Spine::Left)));
         folder2_->setGeometry(toPixels(spineRect(code, Spine::Right)));
-        folder1_->setVisible(!g.spinesHidden);
-        folder2_->setVisible(!g.spinesHidden);
+        folder1_->setVisible(!project_.spinesHidden());
+        folder2_->setVisible(!project_.spinesHidden());
     }
-    if (formatLayout(code).textPage) {
-        pictext_->setGeometry(toPixels(textPageRect(code)));
-        if (code == jk::FmtDouble) g.textDestination = 1;
-    }
+    if (formatLayout(code).textPage) pictext_->setGeometry(toPixels(textPageRect(code)));
     const QString entry = toolsMenuEntry(code);
-    const int name = jk::formatNameIndex(code);
-    if (!entry.isEmpty() && name >= 0 && !g.texts.formatNames[std::size_t(name)].isEmpty())
-        if (auto* a = qobject_cast<QAction*>(command(entry))) a->setText(g.texts.formatNames[std::size_t(name)]);
+    const QString name = jk::texts().formatName(code);
+    if (!entry.isEmpty() && !name.isEmpty())
+        if (QAction* a = actions_.action(entry)) a->setText(name);
     // The objects are drawn from the records; the window keeps only their
     // stacking and shown borders. A sheet shows all of its records whatever
     // the text destination, so a sheet added again gets its objects back.
@@ -203,22 +171,23 @@ void SheetWindow::setUp(int code)
     restoreObjects();
     // A sheet with a text page shows the page that is requested.
     if (formatLayout(code).textPage) togglePage();
-    g.pendingFormat = kNoFormat;
-    compositionCopy() = g.compositionCode;
     canvas_->update();
 }
 
 void SheetWindow::activated()
 {
-    G().sheetActive = true;
-    jk::printerAvailabilityRule();
+    const bool printers = jk::printerAvailable();
+    CommandTable t;
+    for (const char* n : {"SSCommand1", "MFPrnSelect", "imprime", "IMPPRJ", "PRNSELECT", "PRTFNTCAT", "PRTPICCAT"})
+        t.on(n, printers);
+    apply(t);
     updateFormatCommands();
 }
 
 void SheetWindow::resized()
 {
     updateFormatCommands();
-    apply(pageCommandsTable(G().pageRequest == 2));
+    apply(pageCommandsTable(editor_.pageRequest == 2));
 }
 
 void SheetWindow::resizeEvent(QResizeEvent* e)
@@ -231,9 +200,7 @@ void SheetWindow::mousePressEvent(QMouseEvent* e)
 {
     if (e->button() == Qt::RightButton) {
         apply(toolsMenuTable(code_));
-        if (main_)
-            if (auto* menu = main_->findChild<QMenu*>(QStringLiteral("Toolsmenu")))
-                menu->popup(e->globalPosition().toPoint());
+        if (QMenu* menu = actions_.popup(QStringLiteral("Toolsmenu"))) menu->popup(e->globalPosition().toPoint());
     } else {
         updateToolButtons();
     }
@@ -242,8 +209,7 @@ void SheetWindow::mousePressEvent(QMouseEvent* e)
 
 void SheetWindow::updateToolButtons()
 {
-    const CommandTable t = toolButtonsTable(code_, G().pageRequest);
-    apply(t);
+    apply(toolButtonsTable(code_, editor_.pageRequest));
 }
 
 void SheetWindow::updateFormatCommands()
@@ -254,12 +220,13 @@ void SheetWindow::updateFormatCommands()
 
 void SheetWindow::updateAddSheetCommands()
 {
-    jk::Global& g = G();
-    g.projectModified = true;
-    apply(addSheetCommandsTable(g.sheetComposition));
+    project_.setModified(true);
+    apply(addSheetCommandsTable(project_.sheetComposition()));
     if (code_ == jk::FmtInside) {
-        g.spineFont.name.clear();
-        g.spineText.clear();
+        jk::SpineFont font = project_.spineFont();
+        font.name.clear();
+        project_.setSpineFont(font);
+        project_.setSpineText({});
     }
 }
 
@@ -272,8 +239,11 @@ void SheetWindow::closingBookkeeping()
     int others = 0;
     for (QMdiSubWindow* w : sub->mdiArea()->subWindowList())
         if (w != sub && qobject_cast<SheetWindow*>(w->widget())) ++others;
-    if (others == 0)
-        if (auto* b = qobject_cast<QWidget*>(command(QStringLiteral("removesheet")))) b->setEnabled(true);
+    if (others == 0) {
+        CommandTable t;
+        t.on("removesheet");
+        apply(t);
+    }
 }
 
 void SheetWindow::closeEvent(QCloseEvent* e)
@@ -288,15 +258,11 @@ void SheetWindow::closeEvent(QCloseEvent* e)
 
 void SheetWindow::unloadSheet()
 {
-    jk::Global& g = G();
-    g.sheetComposition = jk::i16(g.sheetComposition - code_);
-    const QString entry = toolsMenuEntry(code_);
-    if (auto* a = qobject_cast<QAction*>(command(entry))) a->setVisible(false);
-    // The weight leaves both the composition code and its print-side copy,
-    // so a sheet added again is not counted twice.
-    const int w = jk::compositionWeight(code_);
-    g.compositionCode = jk::i16(std::max(0, g.compositionCode - w));
-    compositionCopy() = jk::i16(std::max(0, compositionCopy() - w));
+    project_.setSheetComposition(project_.sheetComposition() - code_);
+    if (QAction* a = actions_.action(toolsMenuEntry(code_))) a->setVisible(false);
+    // The weight leaves the print weights, so a sheet added again is not
+    // counted twice.
+    project_.setPrintWeights(std::max(0, project_.printWeights() - jk::compositionWeight(code_)));
     closingBookkeeping();
     if (QMdiSubWindow* sub = frameWindow()) {
         sub->hide();
@@ -311,29 +277,26 @@ void SheetWindow::unloadSheet()
 void SheetWindow::togglePage()
 {
     if (!formatLayout(code_).textPage) return;
-    jk::Global& g = G();
-    const bool textPage = g.pageRequest != 1;
-    for (int i = 1; i <= g.pictures.count(); ++i) {
-        if (g.pictures.at(i).sheet != code_) continue;
+    const bool textPage = editor_.pageRequest != 1;
+    for (int i = 1; i <= project_.pictures().count(); ++i) {
+        if (project_.pictures().at(i).sheet != code_) continue;
         if (textPage) hiddenPictures_.insert(i);
         else hiddenPictures_.remove(i);
     }
     pictext_->setVisible(textPage);
-    g.blockSelector = textPage ? 0 : 1;
-    g.pageFlag = textPage ? 0 : 1;
+    editor_.blockOnPage = textPage;
     canvas_->update();
 }
 
 void SheetWindow::toggleSpines()
 {
-    jk::Global& g = G();
-    const bool hide = !g.spinesHidden;
+    const bool hide = !project_.spinesHidden();
     // Only the inlay has spines; elsewhere the switch alone changes.
     if (code_ == jk::FmtInside) {
         folder1_->setVisible(!hide);
         folder2_->setVisible(!hide);
     }
-    g.spinesHidden = (hide);
+    project_.setSpinesHidden(hide);
     canvas_->update();
 }
 
@@ -356,15 +319,17 @@ RenderOptions SheetWindow::renderOptions() const
 
 void SheetWindow::togglePictureMode()
 {
-    jk::Global& g = G();
-    const int i = g.selectedIndex;
-    if (g.selectedKind != 1 || !g.pictures.valid(i) || g.pictures.at(i).sheet != code_) return;
-    jk::PictureRecord& r = g.pictures.at(i);
-    auto* view = qobject_cast<QAction*>(command(QStringLiteral("PicView")));
+    const int i = sel_.object.index;
+    if (sel_.object.kind != ObjKind::Picture || !project_.pictures().valid(i) ||
+        project_.pictures().at(i).sheet != code_)
+        return;
+    jk::PictureRecord r = project_.pictures().at(i);
+    QAction* view = actions_.action(QStringLiteral("PicView"));
     const QString caption = view ? view->text() : QString();
-    if (caption == g.texts.fitCaptions[0]) {
+    const auto& fit = jk::texts().fitCaptions;
+    if (caption == fit[0]) {
         r.displayMode = 1;
-    } else if (caption == g.texts.fitCaptions[1]) {
+    } else if (caption == fit[1]) {
         r.displayMode = 2;
         const QSize size = actualSizeTwips(r.file);
         if (size.isValid()) {
@@ -372,12 +337,13 @@ void SheetWindow::togglePictureMode()
             r.height = jk::i16(std::min(size.height(), 32767));
         }
     }
+    project_.setPicture(i, r);
     canvas_->update();
 }
 
 void SheetWindow::toggleDiscPreview()
 {
-    auto* preview = qobject_cast<QAction*>(command(QStringLiteral("PREVIEW")));
+    QAction* preview = actions_.action(QStringLiteral("PREVIEW"));
     if (!preview || !preview->isChecked()) {
         canvas_->show();
         cdpic_->hide();
@@ -390,7 +356,7 @@ void SheetWindow::toggleDiscPreview()
     RenderOptions o = renderOptions();
     o.discPreview = formatLayout(code_).disc;
     const qreal dpr = devicePixelRatioF();
-    QImage img = renderImage(code_, kScreenDpi * dpr, o);
+    QImage img = renderImage(project_, code_, kScreenDpi * dpr, o);
     img.setDevicePixelRatio(dpr);
     cdpic_->setGeometry(QRect(QPoint(0, 0), canvas_->size()));
     cdpic_->setPixmap(QPixmap::fromImage(img));
@@ -410,15 +376,10 @@ void SheetWindow::setSpineCaption(const QString& text)
 
 void SheetWindow::changeBackground()
 {
-    jk::Global& g = G();
-    if (pictureDialog) {
-        g.chosenPictureFile.clear();
-        pictureDialog();
-    }
-    const QString chosen = g.chosenPictureFile;
-    if (chosen.isEmpty() || !isFormatCode(code_)) return;
-    g.backgrounds[std::size_t(code_)] = jk::BackgroundRecord{chosen};
-    g.projectModified = true;
+    const auto chosen = dialogs_.choosePicture(window(), PicturePurpose::Background);
+    if (!chosen || !isFormatCode(code_)) return;
+    project_.setBackground(code_, chosen->recordText());
+    project_.setModified(true);
     canvas_->update();
     update();
 }

@@ -1,12 +1,16 @@
 #pragma once
 // The sheet window: one label sheet of one format, shown at real size inside
-// the main window's MDI area. It keeps the main window's commands in step
-// with the active sheet; it reaches them by their object names through the
-// main window it was made for, so this library needs no link to the app.
+// the main window's MDI area. It shows the project's records of its format
+// and changes them through the project's API; it keeps the main window's
+// commands in step with the active sheet through the command tables.
+#include "model/EditorState.h"
+#include "ui/dialogs/FieldDialog.h"
+#include "ui/dialogs/PictureDialog.h"
+#include "ui/dialogs/TextBlockDialog.h"
+#include "model/Project.h"
 #include "render/SheetLayout.h"
 #include "render/SheetObjects.h"
 #include "render/SheetRenderer.h"
-#include "model/Shell.h"
 #include <QHash>
 #include <QSet>
 #include <QWidget>
@@ -18,24 +22,29 @@ class QLabel;
 class QMdiSubWindow;
 class QMenu;
 
-namespace jk::sheet {
-// Sets the named commands (actions first, else widgets) of the main window.
-void applyCommands(QObject* mainWindow, const CommandTable& t);
-// The print-side copy of the composition code, taken when a sheet has set
-// itself up; the print-selection dialog reads it to know the project's sheets.
-i16& compositionCopy();
-}  // namespace jk::sheet
+class Actions;
 
-class SheetWindow : public QWidget, public jk::ISheet {
+// The dialogs a sheet asks for values. The main window gives the real ones;
+// tests give their own answers.
+struct SheetDialogs {
+    std::function<TextEditResult(QWidget*, const TextEditRequest&)> editText = &TextBlockDialog::edit;
+    std::function<std::optional<PictureChoice>(QWidget*, PicturePurpose)> choosePicture = &PictureDialog::choose;
+    std::function<FieldEditResult(QWidget*, const jk::CharFieldRecord&)> editCharField = &FieldDialog::editCharField;
+    std::function<FieldEditResult(QWidget*, const jk::NumFieldRecord&)> editNumField = &FieldDialog::editNumField;
+};
+
+class SheetWindow : public QWidget {
     Q_OBJECT
 public:
-    // mainWindow: the frame whose commands this sheet keeps in step.
-    explicit SheetWindow(QWidget* mainWindow, QWidget* parent = nullptr);
+    // actions: the main window's commands this sheet keeps in step.
+    SheetWindow(Actions& actions, SheetDialogs& dialogs, jk::Project& project, jk::EditorState& editor,
+                QWidget* parent = nullptr);
     ~SheetWindow() override;
 
-    // The load step: takes the pending format and caption and sets the sheet
-    // up. Call it once the sheet sits in its MDI sub-window.
-    void initialise();
+    // The load step: sets the sheet up as the format's sheet with that
+    // caption (empty: the format's name). Call it once the sheet sits in
+    // its MDI sub-window.
+    void initialise(int code, const QString& caption = {});
     // The sheet became the active one.
     void activated();
     // The sheet was resized while active.
@@ -54,9 +63,7 @@ public:
     void repaintRightSpine();
     void changeBackground();
 
-    // Objects (PictFold_Objects.cpp). The main window sets the hand-over
-    // variables first (text destination, page, selection) and calls these
-    // on the active sheet.
+    // Objects (SheetWindow_Objects.cpp), called on the active sheet.
     void insertTextBlock();   // new free text block through the text dialog
     void insertPageTextBlock();   // new block of the text page
     void insertPictureObject();   // new picture through the picture dialog
@@ -71,30 +78,29 @@ public:
     void stepDown();
     void bringToFront();
     void sendToBack();
-    // Carries out the picture menu's requests (Picedit, PicChg) for the
-    // selected picture; the menu entries set the request flags and call it.
-    void pictureRequests();
+    // The picture menu: the selected picture in the picture editor, or
+    // another file in its place through the picture dialog.
+    void editPictureExternally();
+    void changePicture();
     // Rebuilds the window's objects from the records: stacking in restore
     // order, every shown border as stored.
     void restoreObjects();
 
-    // Clipboard (PictFold_Clipboard.cpp): the program's own, one slot per
+    // Clipboard (SheetWindow_Clipboard.cpp): the program's own, one slot per
     // kind of object. copySelected copies the selected object (false when there
     // is none on this sheet); pasteCopied makes a new object on this sheet
     // from what was copied last. Both set the main window's clipboard
-    // commands; enableClipboardCommands and disableClipboardCommands set them for a selection made
-    // or cleared, also when no sheet exists.
+    // commands; disableClipboardCommands sets them for a selection cleared,
+    // also when no sheet exists.
     bool copySelected();
     bool pasteCopied();
-    static void enableClipboardCommands(QObject* mainWindow);
-    static void disableClipboardCommands(QObject* mainWindow);
+    static void disableClipboardCommands(Actions& actions, jk::EditorState& editor);
     static jk::sheet::CommandTable clipCopyTable(bool pasteWasEnabled);
     static jk::sheet::CommandTable clipPasteTable();
     static jk::sheet::CommandTable disableClipboardTable();
 
-    // Fields (PictFold_Fields.cpp). The main window sets the field mode
-    // (field sub-kind 1 character, 2 numeric) and calls these on the active
-    // sheet; the stepping procedures act on the selected field.
+    // Fields (SheetWindow_Fields.cpp); the stepping procedures act on the
+    // selected field.
     void insertCharField();       // new character field through the field dialog
     void insertNumField();        // new numeric field through the field dialog
     void editField();      // the selected field through the field dialog
@@ -106,9 +112,6 @@ public:
     void previousValue();       // previous value
     void updateValueMenu();  // enables Next and Previous of the character field's menu
     void advanceFields();         // advances this sheet's fields by one label
-    // Fits a field to the text it shows once numbering changed it, and
-    // repaints the sheets; installed once, by the first field command.
-    static void installFieldHook();
 
     // Presses and releases, in canvas twips; the canvas calls them, tests may.
     void canvasPress(const QPoint& twips, const QPoint& globalPos);
@@ -120,9 +123,8 @@ public:
     // The canvas's objects back to front as this window shows them.
     std::vector<jk::sheet::ObjectRef> stackingOrder() const;
 
-    // jk::ISheet
-    int formatCode() const override { return code_; }
-    void setSpineCaption(const QString& text) override;
+    int formatCode() const { return code_; }
+    jk::Project& project() const { return project_; }
 
     // What the drawing path needs of this window's display state.
     jk::sheet::RenderOptions renderOptions() const;
@@ -138,15 +140,6 @@ public:
     // The answer to a close request from the sub-window's frame: false keeps
     // the sheet open. The main window sets it while it closes sheets itself.
     static bool mayClose;
-    // The picture dialog that changeBackground shows first; while none is installed,
-    // changeBackground applies the chosen-picture-file variable as it stands.
-    static std::function<void()> pictureDialog;
-    // The text dialog, shown modally. It reads and writes the hand-over
-    // variables (pending text, text-accepted flag, spine-text mode, current
-    // block, alignment) and writes font and colours into the block's record.
-    // While none is installed, the procedures take the pending text as it
-    // stands.
-    static std::function<void()> textDialog;
     // Shows an object's pop-up menu; by default QMenu::popup, which does not
     // block. Tests install their own to see which menu comes up.
     static std::function<void(QMenu* menu, const QPoint& globalPos)> showPopup;
@@ -161,8 +154,11 @@ private:
     void trimSystemMenu();
     void closingBookkeeping();
     void apply(const jk::sheet::CommandTable& t);
-    QObject* command(const QString& name) const;
     bool isActiveSheet() const;
+    void setSpineCaption(const QString& text);
+    // Fits a field to the text it shows once numbering changed it.
+    void fieldShownChanged(jk::ObjectRef ref);
+    int selectedField(bool chars) const;
     bool createTextBlock(bool textPage);
     bool refuseWhenFull(bool full, const QString& what, int capacity);
     std::optional<jk::sheet::ObjectRef> selectedObject(bool forStacking) const;
@@ -171,7 +167,11 @@ private:
     void forget(jk::sheet::ObjectRef ref);
     void popUp(const char* menuName, const QPoint& globalPos);
 
-    QWidget* main_ = nullptr;
+    Actions& actions_;
+    SheetDialogs& dialogs_;
+    jk::Project& project_;
+    jk::EditorState& editor_;
+    jk::Selection& sel_;
     int code_ = 0;
     bool loaded_ = false;
     QWidget* canvas_ = nullptr;   // CSPicture1

@@ -1,13 +1,11 @@
 // The sheet's side of the object clipboard: copying the selected object's
 // record into its slot, pasting a new object from the slot copied last, and
 // the main window's clipboard commands that go with each step.
+#include "ui/sheet/Actions.h"
 #include "ui/sheet/SheetWindow.h"
-#include "model/Clipboard.h"
-#include "model/Global.h"
 #include <QAction>
 
 using jk::ClipKind;
-using jk::G;
 using namespace jk::sheet;
 
 namespace {
@@ -69,41 +67,35 @@ CommandTable SheetWindow::disableClipboardTable()
     return t;
 }
 
-void SheetWindow::enableClipboardCommands(QObject* mainWindow) { applyCommands(mainWindow, enableClipboardTable()); }
-
-void SheetWindow::disableClipboardCommands(QObject* mainWindow)
+void SheetWindow::disableClipboardCommands(Actions& actions, jk::EditorState& editor)
 {
-    applyCommands(mainWindow, disableClipboardTable());
+    actions.apply(disableClipboardTable());
     // The selection is gone with it: the copy and cut buttons stay on, and
     // must not act on a slot of the next project that nobody selected.
-    jk::Global& g = G();
-    g.selectedIndex = 0;
-    g.marked = false;
+    editor.selection.object.index = 0;
+    editor.selection.marked = false;
 }
 
 bool SheetWindow::copySelected()
 {
-    jk::Global& g = G();
     if (previewShown()) return false;
-    const ClipKind kind = jk::selectedClipKind(g);
-    const bool page = kind == ClipKind::TextBlock && g.blockSelector != 1;
-    if (!jk::clipCopy(jk::clipboard(), g, code_, kind, g.selectedIndex, page)) return false;
-    const auto* paste = qobject_cast<QAction*>(command(QStringLiteral("Clipaste")));
-    apply(clipCopyTable(paste && paste->isEnabled()));
+    const ClipKind kind = jk::clipKindOf(sel_.object.kind);
+    const bool page = kind == ClipKind::TextBlock && editor_.blockOnPage;
+    if (!jk::clipCopy(editor_.clipboard, project_, code_, kind, sel_.object.index, page)) return false;
+    apply(clipCopyTable(actions_.isEnabled(QStringLiteral("Clipaste"))));
     return true;
 }
 
 bool SheetWindow::pasteCopied()
 {
-    jk::Global& g = G();
     if (!isFormatCode(code_) || previewShown()) return false;
-    const jk::Clipboard& clip = jk::clipboard();
+    const jk::Clipboard& clip = editor_.clipboard;
     // A text block goes where the user looks: onto the text page while it
     // is shown, else onto the canvas (a sheet without a text page has none).
     const bool toPage = clip.last == ClipKind::TextBlock && formatLayout(code_).textPage && textPageShown();
     // The sheet's width is its canvas's: what lies right of it is cut off.
     const int width = qRound(canvasSizeTwips(code_).width());
-    const jk::PasteResult res = jk::clipPaste(clip, g, code_, toPage, width);
+    const jk::PasteResult res = jk::clipPaste(clip, project_, code_, toPage, width);
     if (res.status == jk::PasteResult::Full) {
         refuseWhenFull(true, tableName(res.kind, res.page), res.capacity);
         return false;
@@ -118,24 +110,9 @@ bool SheetWindow::pasteCopied()
 
     // The new object is the selected one, as after an insertion, so the
     // arrow buttons can move it off the original it may lie on.
-    g.selectedIndex = jk::i16(res.index);
-    switch (ref.kind) {
-    case ObjKind::Picture: g.selectedKind = 1; break;
-    case ObjKind::CharField:
-        g.selectedKind = 2;
-        g.fieldSubKind = 1;
-        break;
-    case ObjKind::NumField:
-        g.selectedKind = 2;
-        g.fieldSubKind = 2;
-        break;
-    default:
-        g.selectedKind = 0;
-        g.fieldSubKind = 3;
-        g.blockSelector = res.page ? 0 : 1;
-        break;
-    }
-    g.projectModified = true;
+    sel_.object = ref;
+    if (jk::isTextBlock(ref.kind)) editor_.blockOnPage = res.page;
+    project_.setModified(true);
     apply(clipPasteTable());
     canvas_->update();
     return true;

@@ -2,24 +2,14 @@
 // deleting them, and stepping their numbers and values. What a field shows
 // lives in its record (state/Numbering); the sheet fits the field to its
 // text and repaints.
-#include "ui/dialogs/FieldDialog.h"
+#include "ui/sheet/Actions.h"
 #include "ui/sheet/SheetWindow.h"
-#include "model/Global.h"
 #include "model/Numbering.h"
-#include "model/Procedures.h"
 #include <QAction>
 
-using jk::G;
 using namespace jk::sheet;
 
 namespace {
-
-void repaintSheets()
-{
-    if (jk::IShell* shell = jk::shell())
-        for (jk::ISheet* s : shell->sheets())
-            if (auto* sheet = dynamic_cast<SheetWindow*>(s)) sheet->canvas()->update();
-}
 
 // A field as large as its text, at the canvas's top-left corner when new.
 void fitToText(jk::TextStyle& s, const QString& text, bool place)
@@ -47,198 +37,162 @@ QString charFieldText(const jk::CharFieldRecord& r, const QString& typed)
 
 }  // namespace
 
-void SheetWindow::installFieldHook()
+void SheetWindow::fieldShownChanged(ObjectRef ref)
 {
-    static bool installed = false;
-    if (installed) return;
-    installed = true;
-    jk::setFieldShownHook([](bool numeric, int index) {
-        const ObjectRef ref{numeric ? ObjKind::NumField : ObjKind::CharField, index};
-        jk::TextStyle* s = textStyle(ref);
-        if (!s) return;
+    // Every sheet hears it; the first one fits the record, the others find
+    // it fitted.
+    if (const jk::TextStyle* s = project_.style(ref)) {
         // A field grows with a longer text ("999" to "1000", a longer name)
         // and keeps a size the user gave it otherwise.
-        const QSize need = textExtentTwips(*s, shownText(ref));
-        if (need.width() > s->width) s->width = clampTwips(need.width());
-        if (need.height() > s->height) s->height = clampTwips(need.height());
-        repaintSheets();
-    });
+        const QSize need = textExtentTwips(*s, shownText(project_, ref));
+        if (need.width() > s->width || need.height() > s->height) {
+            jk::TextStyle grown = *s;
+            grown.width = std::max(grown.width, clampTwips(need.width()));
+            grown.height = std::max(grown.height, clampTwips(need.height()));
+            project_.setStyle(ref, grown);
+        }
+    }
+    canvas_->update();
 }
 
 // ---- Inserting and editing -------------------------------------------------------
 
 void SheetWindow::insertNumField()
 {
-    installFieldHook();
-    jk::Global& g = G();
-    if (!isFormatCode(code_) ||
-        refuseWhenFull(g.numFields.full(), QStringLiteral("numeric fields"), g.numFields.capacity()))
+    const jk::RecordTable<jk::NumFieldRecord>& table = project_.numFields();
+    if (!isFormatCode(code_) || refuseWhenFull(table.full(), QStringLiteral("numeric fields"), table.capacity()))
         return;
-    // The slot is taken before the dialog, which writes into the record.
-    const int index = g.numFields.append(jk::NumFieldRecord{});
-    g.selectedIndex = jk::i16(index);
-    g.selectedKind = 2;
-    g.fieldSubKind = 2;
-    jk::fieldHandOver() = {};
-    if (!FieldDialog::run(main_ ? main_ : this)) {
-        // Nothing is created; the slot stays taken and empty.
-        g.numFields.at(index) = jk::NumFieldRecord{};
-        return;
-    }
-    jk::NumFieldRecord& r = g.numFields.at(index);
-    r.number = jk::i16(std::clamp(jk::leadingNumber(jk::fieldHandOver().numberText), 1, jk::kMaxFieldNumber));
+    // The slot is taken before the dialog: a cancelled dialog leaves it empty.
+    const int index = project_.addNumField(jk::NumFieldRecord{});
+    sel_.object = {ObjKind::NumField, index};
+    const FieldEditResult res = dialogs_.editNumField(window(), jk::NumFieldRecord{});
+    if (!res.accepted) return;
+    jk::NumFieldRecord r = res.numField;
+    r.number = jk::i16(std::clamp(jk::leadingNumber(res.numberText), 1, jk::kMaxFieldNumber));
     r.sheet = jk::i16(code_);
     r.shown.reset();
-    fitToText(r.style, jk::numFieldText(index), true);
+    fitToText(r.style, jk::formatFieldNumber(r.number, r.digits), true);
+    project_.setNumField(index, r);
     stacking_.push_back({ObjKind::NumField, index});
-    g.projectModified = true;
+    project_.setModified(true);
     canvas_->update();
-    if (r.spineLink) jk::updateSpineNumber();
+    if (r.spineLink) jk::updateSpineNumber(project_);
 }
 
 void SheetWindow::insertCharField()
 {
-    installFieldHook();
-    jk::Global& g = G();
-    if (!isFormatCode(code_) ||
-        refuseWhenFull(g.charFields.full(), QStringLiteral("character fields"), g.charFields.capacity()))
+    const jk::RecordTable<jk::CharFieldRecord>& table = project_.charFields();
+    if (!isFormatCode(code_) || refuseWhenFull(table.full(), QStringLiteral("character fields"), table.capacity()))
         return;
-    const int index = g.charFields.append(jk::CharFieldRecord{});
-    g.selectedIndex = jk::i16(index);
-    g.selectedKind = 2;
-    g.fieldSubKind = 1;
-    jk::fieldHandOver() = {};
-    if (!FieldDialog::run(main_ ? main_ : this)) {
-        g.charFields.at(index) = jk::CharFieldRecord{};
-        return;
-    }
-    jk::CharFieldRecord& r = g.charFields.at(index);
+    const int index = project_.addCharField(jk::CharFieldRecord{});
+    sel_.object = {ObjKind::CharField, index};
+    const FieldEditResult res = dialogs_.editCharField(window(), jk::CharFieldRecord{});
+    if (!res.accepted) return;
+    jk::CharFieldRecord r = res.charField;
     r.sheet = jk::i16(code_);
-    r.text = charFieldText(r, jk::fieldHandOver().fieldText);
-    if (r.text.isEmpty()) {
-        // No value to show: an empty field could never be seen or selected.
-        g.charFields.at(index) = jk::CharFieldRecord{};
-        return;
-    }
+    r.text = charFieldText(r, res.fieldText);
+    // No value to show: an empty field could never be seen or selected.
+    if (r.text.isEmpty()) return;
     fitToText(r.style, r.text, true);
+    project_.setCharField(index, r);
     stacking_.push_back({ObjKind::CharField, index});
-    g.projectModified = true;
+    project_.setModified(true);
     canvas_->update();
 }
 
 void SheetWindow::editField()
 {
-    installFieldHook();
-    jk::Global& g = G();
-    const bool chars = g.fieldSubKind == 1;
-    const ObjectRef ref{chars ? ObjKind::CharField : ObjKind::NumField, g.selectedIndex};
-    if (!objectExists(code_, ref)) return;
+    const ObjectRef ref = sel_.object;
+    if (!jk::isField(ref.kind) || !project_.exists(code_, ref)) return;
     const int i = ref.index;
-    const bool linkedBefore = !chars && g.numFields.at(i).spineLink;
-    jk::fieldHandOver() = {};
-    const bool ok = FieldDialog::run(main_ ? main_ : this);
-    // Digits, spine link, background and border were written at once, OK
-    // or not.
-    g.projectModified = true;
-    if (ok && chars) {
-        jk::CharFieldRecord& r = g.charFields.at(i);
-        const QString text = charFieldText(r, jk::fieldHandOver().fieldText);
-        if (!text.isEmpty()) r.text = text;
-        fitToText(r.style, r.text, false);
-    } else if (ok) {
-        jk::NumFieldRecord& r = g.numFields.at(i);
-        r.number = jk::i16(std::clamp(jk::leadingNumber(jk::fieldHandOver().numberText), 1, jk::kMaxFieldNumber));
-        r.shown.reset();
-        fitToText(r.style, jk::numFieldText(i), false);
+    if (ref.kind == ObjKind::CharField) {
+        const FieldEditResult res = dialogs_.editCharField(window(), project_.charFields().at(i));
+        jk::CharFieldRecord r = res.charField;
+        if (res.accepted) {
+            const QString text = charFieldText(r, res.fieldText);
+            if (!text.isEmpty()) r.text = text;
+            fitToText(r.style, r.text, false);
+        }
+        project_.setCharField(i, r);
+    } else {
+        const bool linkedBefore = project_.numFields().at(i).spineLink;
+        const FieldEditResult res = dialogs_.editNumField(window(), project_.numFields().at(i));
+        jk::NumFieldRecord r = res.numField;
+        if (res.accepted) {
+            r.number = jk::i16(std::clamp(jk::leadingNumber(res.numberText), 1, jk::kMaxFieldNumber));
+            r.shown.reset();
+            fitToText(r.style, jk::formatFieldNumber(r.number, r.digits), false);
+        }
+        project_.setNumField(i, r);
+        if (r.spineLink || linkedBefore) jk::updateSpineNumber(project_);
     }
+    // Digits, spine link, background and border count at once, OK or not.
+    project_.setModified(true);
     canvas_->update();
-    if (!chars && (g.numFields.at(i).spineLink || linkedBefore)) jk::updateSpineNumber();
 }
 
 void SheetWindow::deleteField()
 {
-    jk::Global& g = G();
-    const bool chars = g.fieldSubKind == 1;
-    const ObjectRef ref{chars ? ObjKind::CharField : ObjKind::NumField, g.selectedIndex};
-    if (!objectExists(code_, ref)) return;
-    bool linked = false;
-    if (chars) {
-        g.charFields.at(ref.index).text.clear();
-        g.charFields.at(ref.index).valueFile.clear();
-    } else {
-        jk::NumFieldRecord& r = g.numFields.at(ref.index);
-        linked = r.spineLink;
-        r.number = 0;  // the mark of a deleted numeric field
-        r.shown.reset();
-    }
+    const ObjectRef ref = sel_.object;
+    if (!jk::isField(ref.kind) || !project_.exists(code_, ref)) return;
+    const bool linked = ref.kind == ObjKind::NumField && project_.numFields().at(ref.index).spineLink;
+    project_.remove(ref);
     forget(ref);
-    g.projectModified = true;
+    project_.setModified(true);
     canvas_->update();
     // The spines lose the number, or take that of another linked field.
-    if (linked) jk::updateSpineNumber();
+    if (linked) jk::updateSpineNumber(project_);
 }
 
 // ---- Stepping ----------------------------------------------------------------
 
-namespace {
-
-// The selected field of the kind, when it is on the sheet of this code.
-int selectedField(int code, bool chars)
+// The selected field of the kind, when it is on this sheet.
+int SheetWindow::selectedField(bool chars) const
 {
-    const jk::Global& g = G();
-    if (g.selectedKind != 2 || (g.fieldSubKind == 1) != chars) return 0;
-    const ObjectRef ref{chars ? ObjKind::CharField : ObjKind::NumField, g.selectedIndex};
-    return objectExists(code, ref) ? ref.index : 0;
+    const ObjKind kind = chars ? ObjKind::CharField : ObjKind::NumField;
+    return sel_.object.kind == kind && project_.exists(code_, sel_.object) ? sel_.object.index : 0;
 }
-
-}  // namespace
 
 void SheetWindow::stepNumberForward()
 {
-    installFieldHook();
-    if (const int i = selectedField(code_, false)) jk::stepNumber(i, 1);
+    if (const int i = selectedField(false)) jk::stepNumber(project_, i, 1);
 }
 
 void SheetWindow::stepNumberBack()
 {
-    installFieldHook();
-    if (const int i = selectedField(code_, false)) jk::stepNumber(i, -1);
+    if (const int i = selectedField(false)) jk::stepNumber(project_, i, -1);
 }
 
 void SheetWindow::resetNumbers()
 {
-    installFieldHook();
-    if (const int i = selectedField(code_, false)) jk::resetNumber(i);
+    if (const int i = selectedField(false)) jk::resetNumber(project_, i);
 }
 
 void SheetWindow::nextValue()
 {
-    installFieldHook();
-    if (const int i = selectedField(code_, true)) jk::stepValue(i, 1);
+    if (const int i = selectedField(true)) jk::stepValue(project_, i, 1);
     updateValueMenu();
 }
 
 void SheetWindow::previousValue()
 {
-    installFieldHook();
-    if (const int i = selectedField(code_, true)) jk::stepValue(i, -1);
+    if (const int i = selectedField(true)) jk::stepValue(project_, i, -1);
     updateValueMenu();
 }
 
 void SheetWindow::updateValueMenu()
 {
-    const int i = selectedField(code_, true);
-    const jk::ValuePosition p = i ? jk::valuePosition(i) : jk::ValuePosition{};
+    const int i = selectedField(true);
+    const jk::ValuePosition p = i ? jk::valuePosition(project_, i) : jk::ValuePosition{};
     // A value that is not in the file (or a file that cannot be read) has
     // nothing before or after it.
-    if (auto* next = qobject_cast<QAction*>(command(QStringLiteral("voirnext"))))
-        next->setEnabled(p.position >= 1 && p.position < p.count);
-    if (auto* previous = qobject_cast<QAction*>(command(QStringLiteral("VoirPrevious"))))
-        previous->setEnabled(p.position >= 2);
+    CommandTable t;
+    t.on("voirnext", p.position >= 1 && p.position < p.count);
+    t.on("VoirPrevious", p.position >= 2);
+    apply(t);
 }
 
 void SheetWindow::advanceFields()
 {
-    installFieldHook();
-    jk::advanceSheet(code_);
+    jk::advanceSheet(project_, code_);
 }

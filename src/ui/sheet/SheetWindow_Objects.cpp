@@ -3,31 +3,26 @@
 // records are the objects; the window keeps only what is its own: the
 // stacking order and the borders it shows instead of the stored ones.
 #include "platform/Services.h"
+#include "ui/sheet/Actions.h"
 #include "ui/sheet/SheetWindow.h"
-#include "model/Global.h"
-#include "model/Procedures.h"
+#include "model/AppContext.h"
 #include <QAction>
 #include <QMenu>
 #include <algorithm>
 
-using jk::G;
 using namespace jk::sheet;
 namespace pf = jk::platform;
 
-std::function<void()> SheetWindow::textDialog;
 std::function<void(QMenu*, const QPoint&)> SheetWindow::showPopup;
 
 namespace {
 
 constexpr int kMarkedRange = 50;  // deselectObjects reaches indexes 1-50 only
-const QString kNoText = QStringLiteral("ZILCH");
 
 void showMessage(const QString& text, pf::Icon icon)
 {
-    if (auto* m = pf::services().messages) {
-        const QString title = G().texts.msg(jk::Msg::ProgramTitle).isEmpty() ? QStringLiteral("Jewelcase Studio") : G().texts.msg(jk::Msg::ProgramTitle);
-        m->show(text, title, icon);
-    }
+    if (auto* m = pf::services().messages)
+        m->show(text, jk::texts().msgOr(jk::Msg::ProgramTitle, "Jewelcase Studio"), icon);
 }
 
 // The picture size of a new picture object: its own size (one pixel to a
@@ -52,17 +47,17 @@ void SheetWindow::restoreObjects()
 {
     // Restore order is stacking order: each object restored comes in front.
     const RenderOptions none;
-    stacking_ = canvasStacking(code_, none);
-    pageStacking_ = pageStacking(code_, none);
+    stacking_ = canvasStacking(project_, code_, none);
+    pageStacking_ = pageStacking(project_, code_, none);
     shownBorder_.clear();
     markedRef_.reset();
     pressed_.reset();
     canvas_->update();
 }
 
-std::vector<ObjectRef> SheetWindow::stackingOrder() const { return canvasStacking(code_, renderOptions()); }
+std::vector<ObjectRef> SheetWindow::stackingOrder() const { return canvasStacking(project_, code_, renderOptions()); }
 
-int SheetWindow::shownBorder(ObjectRef ref) const { return shownBorder_.value(ref, recordBorder(ref)); }
+int SheetWindow::shownBorder(ObjectRef ref) const { return shownBorder_.value(ref, recordBorder(project_, ref)); }
 
 void SheetWindow::forget(ObjectRef ref)
 {
@@ -96,30 +91,25 @@ void SheetWindow::insertPageTextBlock()
 
 bool SheetWindow::createTextBlock(bool page)
 {
-    jk::Global& g = G();
-    jk::RecordTable<jk::TextRecord>& table = page ? g.pageText : g.freeText;
+    const jk::RecordTable<jk::TextRecord>& table = project_.data().texts(page);
     if (!isFormatCode(code_) || refuseWhenFull(table.full(), page ? QStringLiteral("text-page blocks")
                                                                   : QStringLiteral("text blocks"),
                                                table.capacity()))
         return false;
 
     // The slot is taken before the dialog: a cancelled dialog leaves it empty.
-    const int index = table.append(jk::TextRecord{});
-    g.selectedIndex = jk::i16(index);
-    bool asked = false;
-    if (g.textDestination == 0 && textDialog) {
-        g.pendingText.clear();
-        g.spineTextMode = false;
-        g.currentBlock = jk::i16(index);
-        g.textAccepted = false;
-        textDialog();
-        asked = true;
+    const int index = project_.addText(page, jk::TextRecord{});
+    sel_.object.index = index;
+    const ObjectRef ref{page ? ObjKind::PageText : ObjKind::Text, index};
+    const TextEditResult res = dialogs_.editText(window(), TextEditRequest{});
+    jk::TextRecord r = table.at(index);
+    // Font, colours, border and background count also after Cancel.
+    r.style = res.style;
+    r.text = res.accepted ? res.text : QString();
+    if (r.text.isEmpty()) {
+        project_.setText(page, index, r);
+        return false;
     }
-    QString text = g.pendingText;
-    if (text == kNoText || (asked && !g.textAccepted)) text.clear();
-    jk::TextRecord& r = table.at(index);
-    r.text = text;
-    if (text.isEmpty()) return false;
 
     // No font chosen in the dialog: the label's defaults. The background and
     // border the dialog may have set are kept (a fresh record holds the
@@ -128,42 +118,37 @@ bool SheetWindow::createTextBlock(bool page)
     r.sheet = jk::i16(code_);
     r.style.top = 0;
     r.style.left = 0;
-    r.style.alignment = g.alignmentChoice;
-    const QSize size = textExtentTwips(r.style, text);
+    r.style.alignment = res.style.alignment;
+    const QSize size = textExtentTwips(r.style, r.text);
     r.style.width = clampTwips(size.width());
     r.style.height = clampTwips(size.height());
+    project_.setText(page, index, r);
 
-    const ObjectRef ref{page ? ObjKind::PageText : ObjKind::Text, index};
     (page ? pageStacking_ : stacking_).push_back(ref);
-    g.projectModified = true;
+    project_.setModified(true);
     canvas_->update();
     return true;
 }
 
 void SheetWindow::insertPictureObject()
 {
-    jk::Global& g = G();
-    if (!isFormatCode(code_) || refuseWhenFull(g.pictures.full(), QStringLiteral("pictures"), g.pictures.capacity()))
-        return;
-    if (pictureDialog) {
-        g.chosenPictureFile.clear();
-        pictureDialog();
-    }
-    const QString chosen = g.chosenPictureFile;
-    if (chosen.isEmpty()) return;
-    const int index = g.pictures.append(jk::PictureRecord{});
-    g.selectedIndex = jk::i16(index);
-    jk::PictureRecord& r = g.pictures.at(index);
+    const jk::RecordTable<jk::PictureRecord>& table = project_.pictures();
+    if (!isFormatCode(code_) || refuseWhenFull(table.full(), QStringLiteral("pictures"), table.capacity())) return;
+    const auto chosen = dialogs_.choosePicture(window(), PicturePurpose::Picture);
+    if (!chosen) return;
+    jk::PictureRecord r;
     r.sheet = jk::i16(code_);
-    r.file = chosen;
+    r.file = chosen->recordText();
     r.top = 0;
     r.left = 0;
-    const QSize size = newPictureSize(code_, chosen);
+    const QSize size = newPictureSize(code_, r.file);
     r.width = clampTwips(size.width());
     r.height = clampTwips(size.height());
     r.displayMode = 1;
+    const int index = project_.addPicture(r);
+    sel_.object.index = index;
     stacking_.push_back({ObjKind::Picture, index});
-    g.projectModified = true;
+    project_.setModified(true);
     canvas_->update();
 }
 
@@ -171,77 +156,71 @@ void SheetWindow::insertPictureObject()
 
 void SheetWindow::editObject()
 {
-    jk::Global& g = G();
-    if (g.selectedKind != 0) return;
-    const bool page = g.blockSelector != 1;
-    const ObjectRef ref{page ? ObjKind::PageText : ObjKind::Text, g.selectedIndex};
-    if (!objectExists(code_, ref) || !textDialog) return;
-    jk::TextRecord& r = (page ? g.pageText : g.freeText).at(ref.index);
-    g.pendingText = r.text;
-    g.spineTextMode = false;
-    g.currentBlock = jk::i16(ref.index);
-    g.alignmentChoice = r.style.alignment;
-    g.textAccepted = false;
-    textDialog();
-    // Font and colours went straight into the record, also on Cancel.
-    g.projectModified = true;
-    if (g.textAccepted && g.pendingText != kNoText) {
-        r.text = g.pendingText;
-        r.style.alignment = g.alignmentChoice;
+    if (!jk::isTextBlock(sel_.object.kind)) return;
+    const bool page = editor_.blockOnPage;
+    const ObjectRef ref{page ? ObjKind::PageText : ObjKind::Text, sel_.object.index};
+    if (!project_.exists(code_, ref)) return;
+    jk::TextRecord r = project_.data().texts(page).at(ref.index);
+    TextEditRequest request;
+    request.text = r.text;
+    request.style = r.style;
+    const TextEditResult res = dialogs_.editText(window(), request);
+    // Font and colours count also on Cancel.
+    r.style = res.style;
+    if (!res.accepted) r.style.alignment = request.style.alignment;
+    project_.setModified(true);
+    if (res.accepted) {
+        r.text = res.text;
         // An emptied text is a deleted block, as everywhere else.
         if (r.text.isEmpty()) forget(ref);
     }
+    project_.setText(page, ref.index, r);
     canvas_->update();
 }
 
 void SheetWindow::deleteObject()
 {
-    jk::Global& g = G();
-    const int i = g.selectedIndex;
-    switch (g.selectedKind) {
-    case 1: deletePicture(); return;
-    case 2: deleteField(); return;
-    case 0: {
-        const bool page = g.blockSelector != 1;
-        const ObjectRef ref{page ? ObjKind::PageText : ObjKind::Text, i};
-        if (!objectExists(code_, ref)) return;
-        (page ? g.pageText : g.freeText).at(i).text.clear();
+    switch (sel_.object.kind) {
+    case ObjKind::Picture: deletePicture(); return;
+    case ObjKind::CharField:
+    case ObjKind::NumField: deleteField(); return;
+    case ObjKind::Text:
+    case ObjKind::PageText: {
+        const ObjectRef ref{editor_.blockOnPage ? ObjKind::PageText : ObjKind::Text, sel_.object.index};
+        if (!project_.exists(code_, ref)) return;
+        project_.remove(ref);
         forget(ref);
-        g.projectModified = true;
+        project_.setModified(true);
         canvas_->update();
         return;
     }
-    default: return;
     }
 }
 
 void SheetWindow::deletePicture()
 {
-    jk::Global& g = G();
-    const ObjectRef ref{ObjKind::Picture, g.selectedIndex};
-    if (g.selectedKind != 1 || !objectExists(code_, ref)) return;
-    g.pictures.at(ref.index).file.clear();
+    const ObjectRef ref{ObjKind::Picture, sel_.object.index};
+    if (sel_.object.kind != ObjKind::Picture || !project_.exists(code_, ref)) return;
+    project_.remove(ref);
     hiddenPictures_.remove(ref.index);
     forget(ref);
-    g.projectModified = true;
+    project_.setModified(true);
     canvas_->update();
 }
 
 void SheetWindow::editSpineText()
 {
-    jk::Global& g = G();
-    if (g.textDestination != 2 || !textDialog) return;
-    const QString old = g.spineText;
-    g.pendingText = kNoText;
-    g.spineTextMode = true;
-    g.textAccepted = false;
-    textDialog();
-    g.spineTextMode = false;
-    // Cancel hands the old spine text back; keep it also when a dialog
-    // returns nothing at all.
-    const QString text = g.textAccepted && g.pendingText != kNoText ? g.pendingText : old;
-    if (text != old) g.projectModified = true;
-    g.spineText = text;
+    const QString old = project_.spineText();
+    TextEditRequest request;
+    request.mode = TextEditRequest::Mode::Spine;
+    request.text = old;
+    request.spineFont = project_.spineFont();
+    const TextEditResult res = dialogs_.editText(window(), request);
+    // The font and colours count also after Cancel; the text only after OK.
+    project_.setSpineFont(res.spineFont);
+    const QString text = res.accepted ? res.text : old;
+    if (text != old) project_.setModified(true);
+    project_.setSpineText(text);
     repaintLeftSpine();
     repaintRightSpine();
 }
@@ -250,20 +229,19 @@ void SheetWindow::editSpineText()
 
 void SheetWindow::deselectObjects()
 {
-    const jk::Global& g = G();
-    const std::pair<ObjKind, int> kinds[] = {{ObjKind::Picture, g.pictures.count()},
-                                             {ObjKind::Text, g.freeText.count()},
-                                             {ObjKind::CharField, g.charFields.count()},
-                                             {ObjKind::NumField, g.numFields.count()}};
+    const std::pair<ObjKind, int> kinds[] = {{ObjKind::Picture, project_.pictures().count()},
+                                             {ObjKind::Text, project_.freeText().count()},
+                                             {ObjKind::CharField, project_.charFields().count()},
+                                             {ObjKind::NumField, project_.numFields().count()}};
     for (const auto& [kind, count] : kinds)
         for (int i = 1; i <= std::min(count, kMarkedRange); ++i)
-            if (objectExists(code_, {kind, i})) shownBorder_.insert({kind, i}, 0);
+            if (project_.exists(code_, {kind, i})) shownBorder_.insert({kind, i}, 0);
     canvas_->update();
 }
 
 void SheetWindow::popUp(const char* menuName, const QPoint& globalPos)
 {
-    QMenu* menu = main_ ? main_->findChild<QMenu*>(QString::fromLatin1(menuName)) : nullptr;
+    QMenu* menu = actions_.popup(QString::fromLatin1(menuName));
     if (!menu) return;
     if (showPopup) showPopup(menu, globalPos);
     else menu->popup(globalPos);
@@ -273,7 +251,7 @@ void SheetWindow::canvasPress(const QPoint& twips, const QPoint& globalPos)
 {
     pressed_.reset();
     if (previewShown()) return;
-    const Hit hit = hitTest(code_, renderOptions(), twips);
+    const Hit hit = hitTest(project_, code_, renderOptions(), twips);
     if (hit.kind == Hit::Object) {
         pressed_ = hit.ref;
         objectPress(hit.ref, globalPos);
@@ -292,65 +270,49 @@ void SheetWindow::canvasRelease()
 
 void SheetWindow::objectPress(ObjectRef ref, const QPoint& globalPos)
 {
-    jk::Global& g = G();
-    if (!objectExists(code_, ref)) return;
+    if (!project_.exists(code_, ref)) return;
     // The marked flag is about the object that was marked last: a press on
     // another object marks that one.
-    const bool wasMarked = g.marked && markedRef_ == ref;
-    g.selectedIndex = jk::i16(ref.index);
+    const bool wasMarked = sel_.marked && markedRef_ == ref;
+    sel_.object = ref;
     deselectObjects();
     apply(enableClipboardTable());
-    g.projectModified = true;
-    g.blockSelector = ref.kind == ObjKind::PageText ? 0 : 1;
+    project_.setModified(true);
+    editor_.blockOnPage = ref.kind == ObjKind::PageText;
 
     if (ref.kind == ObjKind::Picture) {
-        g.selectedKind = 1;
-        g.pictureNudge = 1;
+        sel_.pictureNudge = true;
         shownBorder_.insert(ref, wasMarked ? 0 : 1);
-        g.marked = (!wasMarked);
+        sel_.marked = !wasMarked;
         markedRef_ = wasMarked ? std::nullopt : std::optional<ObjectRef>(ref);
-        const auto& fit = g.texts.fitCaptions;
-        const int mode = g.pictures.at(ref.index).displayMode == 2 ? 1 : 0;
-        if (auto* view = qobject_cast<QAction*>(command(QStringLiteral("PicView"))))
+        const auto& fit = jk::texts().fitCaptions;
+        const int mode = project_.pictures().at(ref.index).displayMode == 2 ? 1 : 0;
+        if (QAction* view = actions_.action(QStringLiteral("PicView")))
             if (!fit[std::size_t(mode)].isEmpty()) view->setText(fit[std::size_t(mode)]);
         canvas_->update();
-        if (g.marked) popUp("Piplace", globalPos);
-        if (g.resizeMode) g.moveMode = false;
+        if (sel_.marked) popUp("Piplace", globalPos);
+        if (sel_.resizeMode) sel_.moveMode = false;
         return;
     }
 
-    g.pictureNudge = 0;
-    const char* menu = "PoPlace";
-    switch (ref.kind) {
-    case ObjKind::CharField:
-        g.selectedKind = 2;
-        g.fieldSubKind = 1;
-        menu = "AAction";
-        break;
-    case ObjKind::NumField:
-        g.selectedKind = 2;
-        g.fieldSubKind = 2;
-        menu = "Naction";
-        break;
-    default:
-        g.selectedKind = 0;
-        g.fieldSubKind = 3;
-        break;
-    }
+    sel_.pictureNudge = false;
+    const char* menu = ref.kind == ObjKind::CharField  ? "AAction"
+                       : ref.kind == ObjKind::NumField ? "Naction"
+                                                       : "PoPlace";
     if (wasMarked) {
         // A second click unmarks and ends moving and resizing.
         shownBorder_.remove(ref);
-        g.marked = false;
+        sel_.marked = false;
         markedRef_.reset();
-        g.moveMode = false;
-        g.resizeMode = false;
+        sel_.moveMode = false;
+        sel_.resizeMode = false;
     } else {
         shownBorder_.insert(ref, 1);
-        g.marked = true;
+        sel_.marked = true;
         markedRef_ = ref;
     }
     canvas_->update();
-    if (g.marked) popUp(menu, globalPos);
+    if (sel_.marked) popUp(menu, globalPos);
 }
 
 void SheetWindow::objectRelease(ObjectRef ref)
@@ -358,7 +320,7 @@ void SheetWindow::objectRelease(ObjectRef ref)
     // A text block or field gets its stored border back. When the press
     // marked it, its pop-up menu has taken the release, so the mark stays.
     if (ref.kind == ObjKind::Picture) return;
-    if (G().marked && markedRef_ == ref) return;
+    if (sel_.marked && markedRef_ == ref) return;
     shownBorder_.remove(ref);
     canvas_->update();
 }
@@ -367,47 +329,48 @@ void SheetWindow::objectRelease(ObjectRef ref)
 
 std::optional<ObjectRef> SheetWindow::selectedObject(bool forStacking) const
 {
-    const jk::Global& g = G();
-    std::optional<ObjectRef> ref;
-    switch (g.selectedKind) {
-    case 0: ref = ObjectRef{g.pageRequest != 1 ? ObjKind::PageText : ObjKind::Text, g.selectedIndex}; break;
-    case 1: ref = ObjectRef{ObjKind::Picture, g.selectedIndex}; break;
-    case 2:
-        if (forStacking) return std::nullopt;  // fields keep their place
-        ref = ObjectRef{g.fieldSubKind == 1 ? ObjKind::CharField : ObjKind::NumField, g.selectedIndex};
-        break;
-    default: return std::nullopt;
-    }
-    if (!objectExists(code_, *ref)) return std::nullopt;
+    ObjectRef ref = sel_.object;
+    // Text blocks: the page the page commands act on decides which table.
+    if (jk::isTextBlock(ref.kind)) ref.kind = editor_.pageRequest != 1 ? ObjKind::PageText : ObjKind::Text;
+    if (forStacking && jk::isField(ref.kind)) return std::nullopt;  // fields keep their place
+    if (!project_.exists(code_, ref)) return std::nullopt;
     return ref;
 }
 
 void SheetWindow::nudge(int dLeft, int dTop, int dWidth, int dHeight)
 {
-    jk::Global& g = G();
     const auto ref = selectedObject(false);
     if (!ref) return;
-    const auto geo = jk::sheet::geometry(*ref);
-    if (!geo) return;
-    const int step = g.nudgeStep;
+    const QRect now = ref->kind == ObjKind::Picture
+                          ? [&] {
+                                const jk::PictureRecord& p = project_.pictures().at(ref->index);
+                                return QRect(p.left, p.top, p.width, p.height);
+                            }()
+                          : [&] {
+                                const jk::TextStyle* s = project_.style(*ref);
+                                return QRect(s->left, s->top, s->width, s->height);
+                            }();
+    jk::i16 v[4] = {jk::i16(now.left()), jk::i16(now.top()), jk::i16(now.width()), jk::i16(now.height())};
+    const int step = sel_.nudgeStep;
     bool changed = false;
     // Going back is allowed only while the value is above its bound: a move
     // stops once past the edge, a resize at one step.
-    auto stepField = [&](jk::i16* v, int direction, int bound) {
-        if (!direction || (direction < 0 && !(*v > bound))) return;
-        *v = clampTwips(qint64(*v) + qint64(direction) * step);
+    auto stepField = [&](jk::i16& value, int direction, int bound) {
+        if (!direction || (direction < 0 && !(value > bound))) return;
+        value = clampTwips(qint64(value) + qint64(direction) * step);
         changed = true;
     };
-    if (g.moveMode) {
-        stepField(geo->left, dLeft, 0);
-        stepField(geo->top, dTop, 0);
+    if (sel_.moveMode) {
+        stepField(v[0], dLeft, 0);
+        stepField(v[1], dTop, 0);
     }
-    if (g.resizeMode) {
-        stepField(geo->width, dWidth, step);
-        stepField(geo->height, dHeight, step);
+    if (sel_.resizeMode) {
+        stepField(v[2], dWidth, step);
+        stepField(v[3], dHeight, step);
     }
     if (!changed) return;
-    g.projectModified = true;
+    project_.setGeometry(*ref, v[0], v[1], v[2], v[3]);
+    project_.setModified(true);
     canvas_->update();
 }
 
@@ -425,7 +388,7 @@ void SheetWindow::restack(bool toFront)
     const bool page = ref->kind == ObjKind::PageText;
     std::vector<ObjectRef>& list = page ? pageStacking_ : stacking_;
     // Take the order as it is drawn now, objects made elsewhere included.
-    list = page ? pageStacking(code_, renderOptions()) : canvasStacking(code_, renderOptions());
+    list = page ? pageStacking(project_, code_, renderOptions()) : canvasStacking(project_, code_, renderOptions());
     std::erase(list, *ref);
     if (toFront) list.push_back(*ref);
     else list.insert(list.begin(), *ref);
@@ -435,44 +398,37 @@ void SheetWindow::restack(bool toFront)
 void SheetWindow::bringToFront() { restack(true); }
 void SheetWindow::sendToBack() { restack(false); }
 
-// ---- The picture menu's requests ---------------------------------------------------
+// ---- The picture menu ---------------------------------------------------------------
 
-void SheetWindow::pictureRequests()
+void SheetWindow::editPictureExternally()
 {
-    jk::Global& g = G();
-    const ObjectRef ref{ObjKind::Picture, g.selectedIndex};
-    const bool valid = g.selectedKind == 1 && objectExists(code_, ref);
-
-    if (g.pictureEditRequest) {
-        g.pictureEditRequest = false;
-        const QString file = valid ? g.pictures.at(ref.index).file : QString();
-        if (valid && !file.startsWith(u'~')) {
-            QString error;
-            auto* programs = pf::services().programs;
-            const bool ok = programs && !g.picturesEditor.isEmpty() && programs->start(g.picturesEditor, {file}, &error);
-            if (!ok) {
-                const QString text = g.texts.msg(jk::Msg::EditorNotStarted).isEmpty()
-                                         ? QStringLiteral("The picture editor could not be started. Check its path in Preferences.")
-                                         : g.texts.msg(jk::Msg::EditorNotStarted);
-                showMessage(text, pf::Icon::Information);
-            }
-        }
+    const ObjectRef ref{ObjKind::Picture, sel_.object.index};
+    const bool valid = sel_.object.kind == ObjKind::Picture && project_.exists(code_, ref);
+    const QString file = valid ? project_.pictures().at(ref.index).file : QString();
+    if (valid && !file.startsWith(u'~')) {
+        QString error;
+        auto* programs = pf::services().programs;
+        const QString& editor = jk::app().settings.picturesEditor;
+        const bool ok = programs && !editor.isEmpty() && programs->start(editor, {file}, &error);
+        if (!ok)
+            showMessage(jk::texts().msgOr(jk::Msg::EditorNotStarted,
+                                          "The picture editor could not be started. Check its path in Preferences."),
+                        pf::Icon::Information);
     }
-    if (g.resizeMode) g.moveMode = false;
+    if (sel_.resizeMode) sel_.moveMode = false;
+}
 
-    if (g.pictureChangeRequest) {
-        g.pictureChangeRequest = false;
-        if (!valid) return;
-        if (pictureDialog) {
-            g.chosenPictureFile.clear();
-            g.pictureDialogPurpose = 1;
-            pictureDialog();
-        }
-        const QString chosen = g.chosenPictureFile;
-        if (chosen.isEmpty()) return;
-        // The new picture takes the place and size of the old one.
-        g.pictures.at(ref.index).file = chosen;
-        g.projectModified = true;
-        canvas_->update();
-    }
+void SheetWindow::changePicture()
+{
+    if (sel_.resizeMode) sel_.moveMode = false;
+    const ObjectRef ref{ObjKind::Picture, sel_.object.index};
+    if (sel_.object.kind != ObjKind::Picture || !project_.exists(code_, ref)) return;
+    const auto chosen = dialogs_.choosePicture(window(), PicturePurpose::Picture);
+    if (!chosen) return;
+    // The new picture takes the place and size of the old one.
+    jk::PictureRecord r = project_.pictures().at(ref.index);
+    r.file = chosen->recordText();
+    project_.setPicture(ref.index, r);
+    project_.setModified(true);
+    canvas_->update();
 }

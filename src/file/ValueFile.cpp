@@ -1,4 +1,4 @@
-#include "file/FieldValues.h"
+#include "file/ValueFile.h"
 #include "file/MessageFile.h"
 #include <QFile>
 #include <QFileInfo>
