@@ -4,7 +4,7 @@
 // at screen size. Run offscreen: QT_QPA_PLATFORM=offscreen ./bench_objects
 #include "ui/sheet/SheetWindow.h"
 #include "render/SheetRenderer.h"
-#include "model/Global.h"
+#include "ui/sheet/Actions.h"
 #include <QApplication>
 #include <QLinearGradient>
 #include <QPainter>
@@ -12,7 +12,6 @@
 #include <benchmark/benchmark.h>
 #include <memory>
 
-using jk::G;
 namespace sh = jk::sheet;
 
 namespace {
@@ -43,10 +42,9 @@ QStringList makePictures(const QString& folder)
 
 // The project tables of one Simple sheet: pictures in a 10 x 5 grid of
 // 690 x 518 twips, text blocks spread over the canvas.
-void fillTables(const QStringList& files)
+void fillTables(jk::Project& project, const QStringList& files)
 {
-    jk::resetGlobal();
-    G().createTables(jk::TableSizing::NewProject);
+    project.reset(jk::TableSizing::NewProject);
     for (int i = 0; i < files.size(); ++i) {
         jk::PictureRecord r;
         r.sheet = jk::FmtSimple;
@@ -55,7 +53,7 @@ void fillTables(const QStringList& files)
         r.top = jk::i16((i / 10) * 1300);
         r.width = 690;
         r.height = 518;
-        G().pictures.append(r);
+        project.addPicture(r);
     }
     const char* const fonts[] = {"Ms Sans Serif", "Arial", "Times New Roman", "Courier New"};
     for (int i = 0; i < kTextBlocks; ++i) {
@@ -73,13 +71,17 @@ void fillTables(const QStringList& files)
         r.style.height = jk::i16(size.height());
         r.style.left = jk::i16((i % 4) * 1700);
         r.style.top = jk::i16((i / 4) * 270);
-        G().freeText.append(r);
+        project.addText(false, r);
     }
 }
 
 struct Fixture {
     QTemporaryDir dir;
     QStringList files = makePictures(dir.path());
+    jk::Project project;
+    jk::EditorState editor;
+    Actions actions;
+    SheetDialogs dialogs;
 };
 Fixture& fixture()
 {
@@ -89,9 +91,9 @@ Fixture& fixture()
 
 std::unique_ptr<SheetWindow> openSheet()
 {
-    G().pendingFormat = jk::FmtSimple;
-    auto sheet = std::make_unique<SheetWindow>(nullptr);
-    sheet->initialise();
+    Fixture& f = fixture();
+    auto sheet = std::make_unique<SheetWindow>(f.actions, f.dialogs, f.project, f.editor);
+    sheet->initialise(jk::FmtSimple);
     return sheet;
 }
 
@@ -100,7 +102,7 @@ std::unique_ptr<SheetWindow> openSheet()
 // Open the sheet from the tables and paint it once, from cold caches.
 static void BM_RestoreAndFirstPaint(benchmark::State& state)
 {
-    fillTables(fixture().files);
+    fillTables(fixture().project, fixture().files);
     int decodes = 0;
     for (auto _ : state) {
         sh::clearPictureCache();
@@ -116,7 +118,7 @@ BENCHMARK(BM_RestoreAndFirstPaint)->Unit(benchmark::kMillisecond)->Iterations(5)
 // Paint the open sheet again and again (window repaints, selection marks).
 static void BM_Repaint(benchmark::State& state)
 {
-    fillTables(fixture().files);
+    fillTables(fixture().project, fixture().files);
     sh::clearPictureCache();
     auto sheet = openSheet();
     sheet->canvas()->grab();
@@ -129,12 +131,12 @@ BENCHMARK(BM_Repaint)->Unit(benchmark::kMillisecond);
 // Select an object and nudge it: one step and the repaint it causes.
 static void BM_NudgeAndRepaint(benchmark::State& state)
 {
-    fillTables(fixture().files);
+    fillTables(fixture().project, fixture().files);
     sh::clearPictureCache();
     auto sheet = openSheet();
     sheet->canvas()->grab();
     sheet->objectPress({sh::ObjKind::Text, 50}, {});
-    G().moveMode = true;
+    fixture().editor.selection.moveMode = true;
     bool right = true;
     for (auto _ : state) {
         right ? sheet->stepRight() : sheet->stepLeft();

@@ -7,7 +7,6 @@
 #include "platform/Pictures.h"
 #include "file/ProjectFile.h"
 #include "render/SheetRenderer.h"
-#include "model/Global.h"
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -38,7 +37,7 @@ jk::TextStyle style(int i)
 
 QString makeProject(const QDir& dir)
 {
-    jk::Global& g = jk::G();
+    jk::ProjectData g;
     g.createTables(jk::TableSizing::NewProject);
     g.sheetComposition = jk::FmtDouble + jk::FmtInside + jk::FmtCdRom;
     g.spineText = QStringLiteral("The complete collection, volume 3");
@@ -58,10 +57,10 @@ QString makeProject(const QDir& dir)
         img.save(pic, "JPG");
         g.pictures.append({kSheets[i % 3], pic, jk::i16(10 * i), jk::i16(20 * i), 1440, 1080, 1});
         g.charFields.append({kSheets[i % 3], values, QString(), style(i)});
-        g.numFields.append({kSheets[i % 3], jk::i16(1 + i % 4), 1, 0, style(i)});
+        g.numFields.append({kSheets[i % 3], jk::i16(1 + i % 4), 1, false, style(i)});
     }
     const QString path = dir.filePath(QStringLiteral("full.prj"));
-    jk::writeProject(path);
+    jk::writeProject(g, path);
     return path;
 }
 
@@ -77,8 +76,8 @@ void BM_OpenToSheetsShown(benchmark::State& state)
     for (auto _ : state) {
         // Every open starts cold, as after starting the program.
         jk::sheet::clearPictureCache();
-        jk::G().projectModified = false;
-        jk::G().projectFilePath = path;
+        w.project().setModified(false);
+        w.project().setFilePath(path);
         w.openProject();
         for (QMdiSubWindow* s : w.mdiArea()->subWindowList()) s->widget()->repaint();
         QCoreApplication::processEvents();

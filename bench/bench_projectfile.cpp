@@ -2,7 +2,6 @@
 // blocks, 50 pictures, 50 character fields and 50 numeric fields on five
 // sheets. Measures the writer (bytes and the atomic save) and the reader.
 #include "file/ProjectFile.h"
-#include "model/Global.h"
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -28,11 +27,10 @@ jk::TextStyle style(int i)
     return s;
 }
 
-// Fills the state with the full project; its files live in dir.
-void fillFullProject(const QDir& dir)
+// The full project; its files live in dir.
+jk::ProjectData fullProject(const QDir& dir)
 {
-    jk::G() = jk::Global();
-    jk::Global& g = jk::G();
+    jk::ProjectData g;
     g.createTables(jk::TableSizing::NewProject);
     g.sheetComposition = 31 - 16;  // Simple, Double, Inside, CD ROM
     g.spineText = QStringLiteral("The complete collection, volume 3");
@@ -56,17 +54,18 @@ void fillFullProject(const QDir& dir)
         p.open(QIODevice::WriteOnly);
         g.pictures.append({kSheets[i % 5], pic, jk::i16(10 * i), jk::i16(20 * i), 1440, 1440, 1});
         g.charFields.append({kSheets[i % 5], values, QString(), style(i)});
-        g.numFields.append({kSheets[i % 5], jk::i16(1 + i % 4), 1, jk::i16(i == 1), style(i)});
+        g.numFields.append({kSheets[i % 5], jk::i16(1 + i % 4), 1, i == 1, style(i)});
     }
+    return g;
 }
 
 void BM_ProjectFileBytes(benchmark::State& state)
 {
     QTemporaryDir dir;
-    fillFullProject(QDir(dir.path()));
+    const jk::ProjectData g = fullProject(QDir(dir.path()));
     qint64 size = 0;
     for (auto _ : state) {
-        const QByteArray b = jk::projectFileBytes();
+        const QByteArray b = jk::projectFileBytes(g);
         size = b.size();
         benchmark::DoNotOptimize(b.data());
     }
@@ -77,11 +76,11 @@ BENCHMARK(BM_ProjectFileBytes)->Unit(benchmark::kMicrosecond);
 void BM_WriteProject(benchmark::State& state)
 {
     QTemporaryDir dir;
-    fillFullProject(QDir(dir.path()));
+    const jk::ProjectData g = fullProject(QDir(dir.path()));
     const QString path = dir.filePath(QStringLiteral("full.prj"));
     for (auto _ : state) {
         QString error;
-        if (!jk::writeProject(path, &error)) state.SkipWithError(qPrintable(error));
+        if (!jk::writeProject(g, path, &error)) state.SkipWithError(qPrintable(error));
     }
 }
 BENCHMARK(BM_WriteProject)->Unit(benchmark::kMicrosecond);
@@ -89,11 +88,11 @@ BENCHMARK(BM_WriteProject)->Unit(benchmark::kMicrosecond);
 void BM_ReadProject(benchmark::State& state)
 {
     QTemporaryDir dir;
-    fillFullProject(QDir(dir.path()));
     const QString path = dir.filePath(QStringLiteral("full.prj"));
-    jk::writeProject(path);
+    jk::writeProject(fullProject(QDir(dir.path())), path);
     for (auto _ : state) {
-        const jk::ProjectReadResult r = jk::readProject(path);
+        jk::ProjectData d;
+        const jk::ProjectReadResult r = jk::readProject(path, d);
         if (r.errors) state.SkipWithError("the project did not read cleanly");
     }
 }
@@ -103,15 +102,15 @@ BENCHMARK(BM_ReadProject)->Unit(benchmark::kMicrosecond);
 void BM_ReadProjectWindowsPaths(benchmark::State& state)
 {
     QTemporaryDir dir;
-    fillFullProject(QDir(dir.path()));
-    jk::Global& g = jk::G();
+    jk::ProjectData g = fullProject(QDir(dir.path()));
     for (int i = 1; i <= g.pictures.count(); ++i)
         g.pictures.at(i).file = QStringLiteral("C:\\PICS\\PICTURE%1.PNG").arg(i);
     const QString path = dir.filePath(QStringLiteral("full.prj"));
-    jk::writeProject(path);
+    jk::writeProject(g, path);
     for (auto _ : state) {
-        jk::readProject(path);
-        if (!jk::G().pictures.at(50).file.startsWith(dir.path())) state.SkipWithError("a picture was not found");
+        jk::ProjectData d;
+        jk::readProject(path, d);
+        if (!d.pictures.at(50).file.startsWith(dir.path())) state.SkipWithError("a picture was not found");
     }
 }
 BENCHMARK(BM_ReadProjectWindowsPaths)->Unit(benchmark::kMicrosecond);

@@ -7,7 +7,6 @@
 //    every open).
 // And a reader never shows more than its capped number of messages.
 #include "file/ProjectFile.h"
-#include "model/Global.h"
 #include <QBuffer>
 #include <cstdio>
 #include <cstdlib>
@@ -20,22 +19,22 @@ struct Read {
     QString first;
 };
 
-Read readAll(const QByteArray& bytes)
+Read readAll(const QByteArray& bytes, jk::ProjectData& data)
 {
     QByteArray copy = bytes;
     QBuffer buf(&copy);
     buf.open(QIODevice::ReadOnly);
     Read r;
-    r.result = jk::readProjectData(buf, QStringLiteral("fuzz.prj"), QString(),
+    r.result = jk::readProjectData(buf, data, QStringLiteral("fuzz.prj"), QString(),
                                    [&r](const QString& text, const QString&) {
                                        if (r.reported++ == 0) r.first = text;
                                    });
     return r;
 }
 
-bool spineLinked()
+bool spineLinked(const jk::ProjectData& data)
 {
-    const auto& t = jk::G().numFields;
+    const auto& t = data.numFields;
     for (int i = 1; i <= t.count(); ++i)
         if (t.at(i).spineLink == 1 && !t.at(i).isFree()) return true;
     return false;
@@ -52,22 +51,22 @@ bool spineLinked()
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace jk;
-    G() = Global();
     const QByteArray input(reinterpret_cast<const char*>(data), qsizetype(size));
 
-    const Read first = readAll(input);
+    ProjectData one;
+    const Read first = readAll(input, one);
     if (first.reported > kMaxReportedErrors + 1) fail("too many messages", first.first);
 
-    G().sheetComposition = i16(first.result.composition);
-    const QByteArray written = projectFileBytes();
+    one.sheetComposition = i16(first.result.composition);
+    const QByteArray written = projectFileBytes(one);
 
-    G() = Global();
-    const Read second = readAll(written);
+    ProjectData two;
+    const Read second = readAll(written, two);
     if (second.result.errors != 0) fail("the writer's output does not read back cleanly", second.first);
 
-    const bool linked = spineLinked();
-    G().sheetComposition = i16(second.result.composition);
-    const QByteArray again = projectFileBytes();
+    const bool linked = spineLinked(two);
+    two.sheetComposition = i16(second.result.composition);
+    const QByteArray again = projectFileBytes(two);
     if (!linked && again != written) fail("a second save differs from the first", QString::fromLatin1(written.toPercentEncoding()));
     return 0;
 }
