@@ -1,456 +1,266 @@
-// Fields in the main window: inserting and editing them through the field
-// dialog (its OK rules, its File menu), stepping numbers across two sheets
-// and values through a file, deleting without reusing indexes, full tables,
-// bad value files, and a save and read of a project with fields.
-#include "ui/mainwindow/MainWindow.h"
-#include "platform/FakeServices.h"
-#include "file/ProjectFile.h"
-#include "ui/dialogs/FieldDialog.h"
-#include "ui/sheet/SheetWindow.h"
-#include "render/SheetRenderer.h"
-#include "file/FieldValues.h"
-#include "model/Global.h"
+// Fields in the main window: inserting and editing them through the
+// (scripted) field dialog, stepping numbers across two sheets with the spine
+// number and values through a file, deleting without reusing slots, full
+// tables; and the field dialog's own rules.
+#include "UiFixture.h"
+#include "file/ValueFile.h"
 #include "model/Numbering.h"
-#include <QAction>
+#include "ui/dialogs/FieldDialog.h"
 #include <QCheckBox>
-#include <QGroupBox>
 #include <QLineEdit>
-#include <QMdiArea>
-#include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QToolButton>
 #include <QtTest>
 
-using jk::G;
+using namespace fixture;
+using jk::ObjKind;
+using jk::ObjectRef;
 namespace sh = jk::sheet;
-using sh::ObjKind;
-using sh::ObjectRef;
-
-namespace {
-
-const QString kMsg37 = QStringLiteral("Please enter a whole number");
-const QString kMsg41 = QStringLiteral("Please save the values to a file first (File > Save).");
-
-template <typename T>
-T* child(QWidget* d, const char* name)
-{
-    return d->findChild<T*>(QString::fromLatin1(name));
-}
-
-QPoint px(QPoint twips) { return {twips.x() / sh::kTwipsPerPixel, twips.y() / sh::kTwipsPerPixel}; }
-
-jk::TextStyle styleAt(int left, int top)
-{
-    jk::TextStyle s;
-    sh::applyDefaultFont(s);
-    s.left = jk::i16(left);
-    s.top = jk::i16(top);
-    s.width = 900;
-    s.height = 300;
-    return s;
-}
-
-}  // namespace
 
 class TestFields : public QObject {
     Q_OBJECT
-    FakeServices* fake = nullptr;
+    std::unique_ptr<SheetGui> gui;
     MainWindow* w = nullptr;
     QTemporaryDir tmp;
-    QStringList popups;
-    int dialogs = 0;
 
-    // Runs the script on the field dialog once it is up. A dialog the script
-    // leaves open is cancelled, so a failing script cannot hang the test.
-    void whenDialog(std::function<void(FieldDialog*)> script)
+    jk::Project& doc() { return gui->project(); }
+    QString shown(int numField) { return sh::shownText(doc(), {ObjKind::NumField, numField}); }
+    QString lastMessage() const
     {
-        QTimer::singleShot(0, this, [this, script] {
-            auto* d = qobject_cast<FieldDialog*>(QApplication::activeModalWidget());
-            if (!d) return;
-            ++dialogs;
-            script(d);
-            if (d->isVisible()) static_cast<QDialog*>(d)->reject();
-        });
+        return gui->fake->messages.calls.isEmpty() ? QString() : gui->fake->messages.calls.last().text;
     }
     QString file(const QString& name, const QByteArray& bytes)
     {
-        QFile f(tmp.filePath(name));
-        f.open(QIODevice::WriteOnly);
-        f.write(bytes);
-        return f.fileName();
+        return writeFile(tmp.filePath(name), bytes) ? tmp.filePath(name) : QString();
     }
-    int addNum(int sheet, int digits, int number, int link, QPoint at)
+    static FieldEditResult numOk(jk::NumFieldRecord r, const QString& number)
     {
-        return G().numFields.append({jk::i16(sheet), jk::i16(digits), jk::i16(number), jk::i16(link),
-                                     styleAt(at.x(), at.y())});
+        return {.accepted = true, .numField = r, .fieldText = number, .numberText = number};
     }
-    int addChar(int sheet, const QString& valueFile, const QString& shown, QPoint at)
-    {
-        return G().charFields.append({jk::i16(sheet), valueFile, shown, styleAt(at.x(), at.y())});
-    }
-    void activate(SheetWindow* s) { w->mdiArea()->setActiveSubWindow(s->frameWindow()); }
-    void click(SheetWindow* s, QPoint twips) { QTest::mouseClick(s->canvas(), Qt::LeftButton, {}, px(twips)); }
-    QString lastMessage() const { return fake->messages.calls.isEmpty() ? QString() : fake->messages.calls.last().text; }
 
 private Q_SLOTS:
     void init()
     {
-        jk::resetGlobal();
-        G().createTables(jk::TableSizing::NewProject);
-        G().texts.formatNames = {"Simple", "Double", "Paper jacket", "CD ROM", "Inside"};
-        G().texts.messages[27] = "Jewelcase Studio";
-        G().texts.messages[37] = kMsg37;
-        G().texts.messages[41] = kMsg41;
-        G().projectFolder = tmp.path();
-        fake = new FakeServices;
-        fake->install();
-        popups.clear();
-        dialogs = 0;
-        SheetWindow::showPopup = [this](QMenu* m, const QPoint&) { popups << m->objectName(); };
-        w = new MainWindow;
-        w->resize(1200, 900);
-        w->show();
+        gui = std::make_unique<SheetGui>();
+        w = gui->w.get();
     }
-    void cleanup()
-    {
-        delete w;
-        w = nullptr;
-        SheetWindow::showPopup = nullptr;
-        SheetWindow::mayClose = false;
-        delete fake;
-        fake = nullptr;
-    }
+    void cleanup() { gui.reset(); }
 
     void dialogInsertsAndEditsFields()
     {
         w->addInlaySheet();
         SheetWindow* inlay = w->activeSheet();
 
-        // Numeric field: a letter is refused, "7" with 3 digits is "007",
-        // and the number goes onto the spines.
-        whenDialog([&](FieldDialog* d) {
-            QVERIFY(d->numericMode());
-            QVERIFY(child<QGroupBox>(d, "Frame2")->isVisible() && !child<QGroupBox>(d, "Frame1")->isVisible());
-            QVERIFY(!child<QMenu>(d, "Mfile")->menuAction()->isEnabled());
-            auto* text1 = child<QLineEdit>(d, "Text1");
-            QCOMPARE(text1->text(), QStringLiteral("1"));
-            text1->clear();
-            QTest::keyClicks(text1, "7x");
-            QCOMPARE(lastMessage(), kMsg37);
-            QCOMPARE(text1->text(), QString());
-            QTest::keyClicks(text1, "7");
-            child<QRadioButton>(d, "Option3")->click();
-            QCOMPARE(text1->text(), QStringLiteral("007"));
-            child<QCheckBox>(d, "Check1")->click();
-            child<QRadioButton>(d, "Cntr")->click();
-            child<QPushButton>(d, "Command3")->click();
-        });
+        // "7" with three digits shows "007", and on the spines.
+        gui->dialogs.fields = {numOk({.digits = 3, .spineLink = true, .style = {.alignment = 2}}, "7")};
         w->button("FDN")->click();
-        QCOMPARE(dialogs, 1);
-        QCOMPARE(G().numFields.count(), 1);
-        const jk::NumFieldRecord& n = G().numFields.at(1);
-        QCOMPARE(n.sheet, 4);
-        QCOMPARE(n.digits, 3);
-        QCOMPARE(n.number, 7);
-        QCOMPARE(n.spineLink, 1);
-        QCOMPARE(n.style.alignment, 2);
-        QCOMPARE(n.style.fontName, QStringLiteral("Ms Sans Serif"));
-        QCOMPARE(sh::shownText({ObjKind::NumField, 1}), QStringLiteral("007"));
-        QCOMPARE(n.style.width, sh::textExtentTwips(n.style, "007").width());
-        QCOMPARE(G().spineNumberText, QStringLiteral("007"));
+        const jk::NumFieldRecord& r = doc().numFields().at(1);
+        QCOMPARE(r.sheet, 4);
+        QCOMPARE(r.number, 7);
+        QCOMPARE(r.style.alignment, 2);
+        QCOMPARE(r.style.fontName, QStringLiteral("Ms Sans Serif"));
+        QCOMPARE(shown(1), QStringLiteral("007"));
+        QCOMPARE(r.style.width, sh::textExtentTwips(r.style, "007").width());
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("007"));
         QVERIFY(inlay->spineCaption().endsWith(QStringLiteral("007")));
-        QCOMPARE(inlay->stackingOrder().back(), (ObjectRef{ObjKind::NumField, 1}));
 
-        // Character field: OK without a value file stays open with message
-        // 41; saving the values gives the field its file and first value.
-        const QString names = tmp.filePath("names");
-        whenDialog([&](FieldDialog* d) {
-            QVERIFY(!d->numericMode());
-            child<QPlainTextEdit>(d, "Text2")->setPlainText("Alpha\nBeta, Gamma\n\n  Delta  ");
-            child<QPushButton>(d, "Command3")->click();
-            QCOMPARE(lastMessage(), kMsg41);
-            QVERIFY(d->isVisible());
-            fake->files.saveAnswers = {names};
-            child<QAction>(d, "Fsave")->trigger();
-            QCOMPARE(fake->files.saveCalls.last().defaultSuffix, QStringLiteral("txt"));
-            QCOMPARE(d->valueFile(), names + ".txt");
-            child<QPushButton>(d, "Command3")->click();
-            QVERIFY(!d->isVisible());
-        });
+        // A character field shows its file's first value.
+        const QString names = file("names.txt", "Alpha\r\nBeta\r\n");
+        gui->dialogs.fields = {{.accepted = true, .charField = {.valueFile = names}, .fieldText = "Alpha\nBeta"}};
         w->action("FieldCharacter")->trigger();
-        QCOMPARE(G().charFields.count(), 1);
-        QCOMPARE(G().charFields.at(1).valueFile, names + ".txt");
-        QCOMPARE(G().charFields.at(1).text, QStringLiteral("Alpha"));
-        QCOMPARE(jk::fieldValues(names + ".txt"), QStringList({"Alpha", "Beta, Gamma", "Delta"}));
-        QCOMPARE(jk::fieldHandOver().fieldText, QStringLiteral("Alpha\nBeta, Gamma\nDelta"));
+        QCOMPARE(doc().charFields().at(1).text, QStringLiteral("Alpha"));
+        QCOMPARE(doc().charFields().at(1).sheet, 4);
 
-        // Editing: the dialog starts from the field; four digits now.
-        G().selectedIndex = 1;
-        G().selectedKind = 2;
-        G().fieldSubKind = 2;
-        whenDialog([&](FieldDialog* d) {
-            auto* text1 = child<QLineEdit>(d, "Text1");
-            QCOMPARE(text1->text(), QStringLiteral("007"));
-            QVERIFY(child<QRadioButton>(d, "Option3")->isChecked());
-            QVERIFY(child<QCheckBox>(d, "Check1")->isChecked());
-            child<QRadioButton>(d, "Option4")->click();
-            fake->fonts.answers = {QFont("DejaVu Serif", 14)};
-            child<QPushButton>(d, "Command1")->click();
-            QCOMPARE(fake->fonts.calls.last().initial.family(), QStringLiteral("Ms Sans Serif"));
-            fake->colors.answers = {QColor(Qt::yellow)};
-            child<QRadioButton>(d, "Option6")->click();
-            child<QPushButton>(d, "Command3")->click();
-        });
+        // Editing: four digits and another font.
+        w->editor().selection.object = {ObjKind::NumField, 1};
+        jk::NumFieldRecord e = r;
+        e.digits = 4;
+        e.style.fontName = "DejaVu Serif";
+        e.style.fontSize = 14;
+        gui->dialogs.fields = {numOk(e, "0007")};
         w->action("Nedit")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, 1}), QStringLiteral("0007"));
-        QCOMPARE(n.style.fontName, QStringLiteral("DejaVu Serif"));
-        QCOMPARE(n.style.fontSize, 14);
-        QCOMPARE(n.style.backStyle, 1);
-        QCOMPARE(n.style.backColor, 0x00ffff);  // yellow, red in the low byte
-        QVERIFY(n.style.height >= sh::textExtentTwips(n.style, "0007").height());
-        QCOMPARE(G().spineNumberText, QStringLiteral("0007"));
+        QCOMPARE(shown(1), QStringLiteral("0007"));
+        QCOMPARE(r.style.fontName, QStringLiteral("DejaVu Serif"));
+        QVERIFY(r.style.height >= sh::textExtentTwips(r.style, "0007").height());
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("0007"));
 
-        // A cancelled insertion takes a slot and leaves it empty; the start
-        // value must be a number from 1.
-        whenDialog([&](FieldDialog* d) {
-            auto* text1 = child<QLineEdit>(d, "Text1");
-            text1->setText("0");
-            child<QPushButton>(d, "Command3")->click();
-            QVERIFY(lastMessage().startsWith(kMsg37));
-            QVERIFY(d->isVisible());
-            child<QRadioButton>(d, "Option2")->click();
-            child<QPushButton>(d, "Command2")->click();
-        });
+        // A cancelled insertion takes a slot and leaves it empty.
         w->action("FieldNumeric")->trigger();
-        QCOMPARE(G().numFields.count(), 2);
-        QVERIFY(G().numFields.at(2).isFree());
-        QVERIFY(!sh::objectExists(4, {ObjKind::NumField, 2}));
-        QCOMPARE(jk::fieldHandOver().numberText, QString());
-        QCOMPARE(G().spineNumberText, QStringLiteral("0007"));
+        QCOMPARE(doc().numFields().count(), 2);
+        QVERIFY(doc().numFields().at(2).isFree() && !doc().exists(4, {ObjKind::NumField, 2}));
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("0007"));
     }
 
     void steppingAcrossSheetsAndThroughValues()
     {
         const QString abc = file("abc.txt", "A\r\nB\r\nC\r\n");
-        const int inlayNum = addNum(4, 3, 9, 1, {3000, 2000});
-        const int discNum = addNum(8, 1, 5, 0, {3000, 2000});
-        const int discChar = addChar(8, abc, "B", {3000, 3000});
+        const int inlayNum = doc().addNumField(numAt(4, 3, 9, true, {3000, 2000, 900, 300}));
+        const int discNum = doc().addNumField(numAt(8, 1, 5, false, {3000, 2000, 150, 300}));  // room for 1 digit
+        const int discChar = doc().addCharField(charAt(8, abc, "B", {3000, 3000, 900, 300}));
         w->addInlaySheet();
         SheetWindow* inlay = w->activeSheet();
         w->addDiscSheet();
         SheetWindow* disc = w->activeSheet();
+        const jk::CharFieldRecord& ch = doc().charFields().at(discChar);
 
-        activate(inlay);
+        // Both sheets show the stepped field's text, in its digit code; the
+        // record keeps its number.
+        activate(*gui, 4);
         click(inlay, {3100, 2100});
-        QCOMPARE(popups.last(), QStringLiteral("Naction"));
         w->action("Plus1")->trigger();
-        // Both sheets show the stepped field's text, in its digit code.
-        QCOMPARE(sh::shownText({ObjKind::NumField, inlayNum}), QStringLiteral("010"));
-        QCOMPARE(sh::shownText({ObjKind::NumField, discNum}), QStringLiteral("010"));
-        QCOMPARE(G().spineNumberText, QStringLiteral("010"));
+        QCOMPARE(shown(inlayNum), QStringLiteral("010"));
+        QCOMPARE(shown(discNum), QStringLiteral("010"));
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("010"));
         QVERIFY(inlay->spineCaption().endsWith(QStringLiteral("010")));
-        QCOMPARE(G().numFields.at(inlayNum).number, 9);
-
-        G().numFields.at(inlayNum).shown = QStringLiteral("999");
-        w->action("Plus1")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, discNum}), QStringLiteral("1000"));
+        QCOMPARE(doc().numFields().at(inlayNum).number, 9);
         // The fields grow with their text.
-        const jk::TextStyle& ds = G().numFields.at(discNum).style;
+        doc().setNumFieldShown(inlayNum, "999");
+        w->action("Plus1")->trigger();
+        QCOMPARE(shown(discNum), QStringLiteral("1000"));
+        const jk::TextStyle& ds = doc().numFields().at(discNum).style;
         QVERIFY(ds.width >= sh::textExtentTwips(ds, "1000").width());
         w->action("raz")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, discNum}), QStringLiteral("001"));
+        QCOMPARE(shown(discNum), QStringLiteral("001"));
         w->action("Moins1")->trigger();
-        w->action("Moins1")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, inlayNum}), QStringLiteral("000"));
-        QCOMPARE(G().spineNumberText, QStringLiteral("000"));
+        QCOMPARE(shown(inlayNum), QStringLiteral("000"));
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("000"));
 
-        // The disc's numeric field steps from what it shows, with one digit.
-        activate(disc);
+        // The disc's field steps from what it shows, with its one digit.
+        activate(*gui, 8);
         click(disc, {3100, 2100});
         w->action("Plus1")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, inlayNum}), QStringLiteral("1"));
-        QCOMPARE(G().spineNumberText, QStringLiteral("1"));
+        QCOMPARE(shown(inlayNum), QStringLiteral("1"));
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("1"));
 
-        // Character field: Next and Previous as far as the file goes.
+        // Next and Previous go as far as the file goes.
         click(disc, {3100, 3100});
-        QCOMPARE(popups.last(), QStringLiteral("AAction"));
-        QMenu* menu = w->popup("AAction");
-        emit menu->aboutToShow();
-        QVERIFY(w->action("voirnext")->isEnabled() && w->action("VoirPrevious")->isEnabled());
+        emit w->popup("AAction")->aboutToShow();
+        QVERIFY(gui->enabled("voirnext") && gui->enabled("VoirPrevious"));
         w->action("voirnext")->trigger();
-        QCOMPARE(G().charFields.at(discChar).text, QStringLiteral("C"));
-        QVERIFY(!w->action("voirnext")->isEnabled() && w->action("VoirPrevious")->isEnabled());
         w->action("voirnext")->trigger();
-        QCOMPARE(G().charFields.at(discChar).text, QStringLiteral("C"));
+        QCOMPARE(ch.text, QStringLiteral("C"));
+        QVERIFY(!gui->enabled("voirnext") && gui->enabled("VoirPrevious"));
         w->action("VoirPrevious")->trigger();
         w->action("VoirPrevious")->trigger();
-        QCOMPARE(G().charFields.at(discChar).text, QStringLiteral("A"));
-        QVERIFY(w->action("voirnext")->isEnabled() && !w->action("VoirPrevious")->isEnabled());
-        // The stepping commands act on their own kind of field only.
-        w->action("Plus1")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, inlayNum}), QStringLiteral("1"));
+        QCOMPARE(ch.text, QStringLiteral("A"));
+        QVERIFY(gui->enabled("voirnext") && !gui->enabled("VoirPrevious"));
+        w->action("Plus1")->trigger();  // not a numeric field: nothing
+        QCOMPARE(shown(inlayNum), QStringLiteral("1"));
 
-        // Value files gone bad: nothing moves, nothing is offered.
-        for (const QString& bad : {QStringLiteral("/dev/zero"), tmp.path(), tmp.filePath("gone.txt"),
-                                   file("bin.dat", QByteArray("\0\1\2\3PK\x03\x04", 8))}) {
-            G().charFields.at(discChar).valueFile = bad;
-            disc->nextValue();
-            QCOMPARE(G().charFields.at(discChar).text, QStringLiteral("A"));
-            QVERIFY(!w->action("voirnext")->isEnabled() && !w->action("VoirPrevious")->isEnabled());
-        }
-
-        // advanceFields after printing the disc: its fields move on one label.
-        G().charFields.at(discChar).valueFile = abc;
+        // After printing the disc its fields move on one label.
         disc->advanceFields();
-        QCOMPARE(G().charFields.at(discChar).text, QStringLiteral("B"));
-        QCOMPARE(sh::shownText({ObjKind::NumField, inlayNum}), QStringLiteral("2"));
+        QCOMPARE(ch.text, QStringLiteral("B"));
+        QCOMPARE(shown(inlayNum), QStringLiteral("2"));
+
+        // Numbers stop at 32767.
+        click(disc, {3100, 2100});
+        doc().setNumFieldShown(discNum, "32766");
+        w->action("Plus1")->trigger();
+        w->action("Plus1")->trigger();
+        QCOMPARE(shown(inlayNum), QStringLiteral("32767"));
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("32767"));
     }
 
-    void deletingKeepsIndexesAndFullTablesRefuse()
+    void deletingKeepsSlotsAndFullTablesRefuse()
     {
-        addNum(4, 2, 1, 0, {3000, 1000});
-        addNum(4, 3, 5, 1, {3000, 2000});
-        addNum(4, 2, 8, 0, {3000, 3000});
+        for (auto [digits, number, link, top] : {std::tuple{2, 1, false, 1000}, {3, 5, true, 2000}, {2, 8, false, 3000}})
+            doc().addNumField(numAt(4, digits, number, link, {3000, top, 900, 300}));
         w->addInlaySheet();
         SheetWindow* inlay = w->activeSheet();
-        jk::updateSpineNumber();
-        QCOMPARE(G().spineNumberText, QStringLiteral("005"));
+        jk::updateSpineNumber(doc());
+        QCOMPARE(doc().spineNumberText(), QStringLiteral("005"));
 
+        // The spines lose the number with its field.
         click(inlay, {3100, 2100});
         w->action("NDelete")->trigger();
-        QVERIFY(G().numFields.at(2).isFree());
-        QCOMPARE(G().spineNumberText, QStringLiteral(" "));  // the spines lose the number
+        QVERIFY(doc().numFields().at(2).isFree());
+        QCOMPARE(doc().spineNumberText(), QStringLiteral(" "));
         click(inlay, {3100, 3100});
-        QCOMPARE(G().selectedIndex, 3);
+        QCOMPARE(w->editor().selection.object, (ObjectRef{ObjKind::NumField, 3}));
         w->action("Plus1")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, 1}), QStringLiteral("09"));
-        QVERIFY(!sh::objectExists(4, {ObjKind::NumField, 2}) && !G().numFields.at(2).shown);
-
-        whenDialog([](FieldDialog* d) { child<QPushButton>(d, "Command3")->click(); });
+        QCOMPARE(shown(1), QStringLiteral("09"));
+        QVERIFY(!doc().exists(4, {ObjKind::NumField, 2}) && !doc().numFields().at(2).shown);
+        gui->dialogs.fields = {numOk({}, "1")};
         w->button("FDN")->click();
-        QCOMPARE(G().numFields.count(), 4);
-        QVERIFY(sh::objectExists(4, {ObjKind::NumField, 4}));
+        QVERIFY(doc().exists(4, {ObjKind::NumField, 4}));
 
         // Full tables: a clear refusal, no dialog, nothing written.
-        while (!G().numFields.full()) G().numFields.append(jk::NumFieldRecord{});
-        while (!G().charFields.full()) G().charFields.append(jk::CharFieldRecord{});
-        const int before = dialogs;
-        const int messages = int(fake->messages.calls.size());
-        whenDialog([](FieldDialog*) {});
+        while (!doc().numFields().full()) doc().addNumField({});
+        while (!doc().charFields().full()) doc().addCharField({});
+        const int asked = gui->dialogs.fieldRequests;
         w->button("FDN")->click();
-        whenDialog([](FieldDialog*) {});
         w->button("FDA")->click();
-        QCoreApplication::processEvents();  // the scripts find no dialog
-        QCOMPARE(dialogs, before);
-        QCOMPARE(int(fake->messages.calls.size()), messages + 2);
+        QCOMPARE(gui->dialogs.fieldRequests, asked);
+        QCOMPARE(gui->fake->messages.calls.size(), 2);
         QVERIFY(lastMessage().contains(QStringLiteral("character fields")));
-        QCOMPARE(G().charFields.count(), G().charFields.capacity());
     }
 
-    void badValueFilesInTheDialog()
+    void fieldDialogRules()
     {
-        w->addDiscSheet();
-        const QString zeros = tmp.filePath("zeros.txt");
-        {
-            QFile f(zeros);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            QVERIFY(f.resize(100LL * 1024 * 1024));
+        // Numeric field: a letter empties the box with a message; the digit count pads.
+        FieldDialog d{jk::NumFieldRecord{}};
+        d.show();
+        auto* text1 = child<QLineEdit>(&d, "Text1");
+        text1->clear();
+        QTest::keyClicks(text1, "7x");
+        QVERIFY(lastMessage().contains("whole number"));
+        QCOMPARE(text1->text(), QString());
+        QTest::keyClicks(text1, "7");
+        child<QRadioButton>(&d, "Option3")->click();
+        QCOMPARE(text1->text(), QStringLiteral("007"));
+        child<QCheckBox>(&d, "Check1")->click();
+        child<QRadioButton>(&d, "Cntr")->click();
+        // A start value must be a number from 1.
+        text1->setText("0");
+        child<QPushButton>(&d, "Command3")->click();
+        QVERIFY(d.isVisible());
+        text1->setText("007");
+        child<QPushButton>(&d, "Command3")->click();
+        QVERIFY(!d.isVisible() && d.result().accepted);
+        QCOMPARE(d.result().numberText, QStringLiteral("007"));
+        QCOMPARE(d.result().numField.digits, 3);
+        QVERIFY(d.result().numField.spineLink);
+        QCOMPARE(d.result().numField.style.alignment, 2);
+
+        // Character field: OK needs a value file; Save writes the values,
+        // one a line.
+        FieldDialog c{jk::CharFieldRecord{}};
+        c.show();
+        child<QPlainTextEdit>(&c, "Text2")->setPlainText("Alpha\nBeta, Gamma\n\n  Delta  ");
+        child<QPushButton>(&c, "Command3")->click();
+        QVERIFY(lastMessage().contains("save the values"));
+        QVERIFY(c.isVisible());
+        const QString names = tmp.filePath("names");
+        gui->fake->files.saveAnswers = {names};
+        child<QAction>(&c, "Fsave")->trigger();
+        child<QPushButton>(&c, "Command3")->click();
+        QVERIFY(c.result().accepted);
+        QCOMPARE(c.result().charField.valueFile, names + ".txt");
+        QCOMPARE(c.result().fieldText, QStringLiteral("Alpha\nBeta, Gamma\nDelta"));
+        QCOMPARE(jk::fieldValues(names + ".txt"), QStringList({"Alpha", "Beta, Gamma", "Delta"}));
+
+        // A binary file or a folder picked by mistake is not taken.
+        FieldDialog b{jk::CharFieldRecord{}};
+        auto* text2 = child<QPlainTextEdit>(&b, "Text2");
+        for (const QString& bad : {file("zeros.bin", QByteArray(64, '\0')), tmp.path()}) {
+            gui->fake->files.openAnswers = {bad};
+            child<QAction>(&b, "Fopen")->trigger();
+            QVERIFY(lastMessage().contains("not a text file"));
+            QVERIFY(b.valueFile().isEmpty() && text2->toPlainText().isEmpty());
         }
+        // A huge file is shown only in part, read-only, and OK leaves it whole.
         QByteArray big;
         for (int i = 0; big.size() <= jk::kMaxValueFileBytes; ++i) big += "Label " + QByteArray::number(i) + "\r\n";
         const QString bigFile = file("big.txt", big);
-
-        // A binary file, a folder: refused with a message and not taken as
-        // the value file; a huge text file is shown, read-only, and OK
-        // leaves it as it is.
-        whenDialog([&](FieldDialog* d) {
-            auto* text2 = child<QPlainTextEdit>(d, "Text2");
-            for (const QString& bad : {zeros, tmp.path()}) {
-                fake->files.openAnswers = {bad};
-                child<QAction>(d, "Fopen")->trigger();
-                QVERIFY(lastMessage().contains(QStringLiteral("not a text file")));
-                QCOMPARE(d->valueFile(), QString());
-                QVERIFY(text2->toPlainText().isEmpty());
-            }
-            child<QPushButton>(d, "Command3")->click();
-            QCOMPARE(lastMessage(), kMsg41);
-            fake->files.openAnswers = {bigFile};
-            child<QAction>(d, "Fopen")->trigger();
-            QCOMPARE(d->valueFile(), bigFile);
-            QVERIFY(text2->isReadOnly());
-            QVERIFY(text2->toPlainText().startsWith(QStringLiteral("Label 0\nLabel 1\n")));
-            child<QPushButton>(d, "Command3")->click();
-        });
-        w->button("FDA")->click();
+        gui->fake->files.openAnswers = {bigFile};
+        child<QAction>(&b, "Fopen")->trigger();
+        QVERIFY(text2->isReadOnly());
+        QVERIFY(text2->toPlainText().startsWith(QStringLiteral("Label 0\nLabel 1\n")));
+        b.show();
+        child<QPushButton>(&b, "Command3")->click();
+        QVERIFY(b.result().accepted);
         QCOMPARE(QFileInfo(bigFile).size(), qint64(big.size()));
-        QCOMPARE(G().charFields.at(1).text, QStringLiteral("Label 0"));
-
-        // A field whose file went bad opens an empty dialog, without a message.
-        G().charFields.at(1).valueFile = QStringLiteral("/dev/zero");
-        G().selectedIndex = 1;
-        G().selectedKind = 2;
-        G().fieldSubKind = 1;
-        const int messages = int(fake->messages.calls.size());
-        whenDialog([&](FieldDialog* d) {
-            QVERIFY(child<QPlainTextEdit>(d, "Text2")->toPlainText().isEmpty());
-            child<QPushButton>(d, "Command2")->click();
-        });
-        w->action("AAEdit")->trigger();
-        QCOMPARE(int(fake->messages.calls.size()), messages);
-        QCOMPARE(G().charFields.at(1).text, QStringLiteral("Label 0"));
-    }
-
-    void fieldsSurviveSaveAndOpen()
-    {
-        const QString names = file("names.txt", "Ann\r\nBob\r\n");
-        G().spineText = QStringLiteral("Best of");
-        addChar(8, names, "Bob", {1500, 1500});
-        addNum(4, 3, 1, 1, {2000, 2000});  // deleted below
-        const int kept = addNum(8, 4, 12, 0, {2500, 2500});
-        G().numFields.at(kept).style.bold = false;
-        G().numFields.at(kept).style.alignment = 1;
-        G().numFields.at(1).number = 0;
-        const int linked = addNum(4, 2, 3, 1, {3000, 3000});
-        G().numFields.at(linked).shown = QStringLiteral("77");  // stepped: not saved
-        G().sheetComposition = 12;
-
-        const QString path = tmp.filePath("fields.prj");
-        QString error;
-        QVERIFY2(jk::writeProject(path, &error), qPrintable(error));
-        jk::resetGlobal();
-        G().createTables(jk::TableSizing::OpenProject);
-        QVERIFY(jk::readProject(path).opened);
-
-        // Deleted records are left out; every number starts again at 1; the
-        // character field shows its file's first value.
-        QCOMPARE(G().charFields.count(), 1);
-        QCOMPARE(G().charFields.at(1).valueFile, names);
-        QCOMPARE(G().charFields.at(1).text, QStringLiteral("Ann"));
-        QCOMPARE(G().charFields.at(1).style.left, 1500);
-        QCOMPARE(G().numFields.count(), 2);
-        const jk::NumFieldRecord& a = G().numFields.at(1);
-        QCOMPARE(a.sheet, 8);
-        QCOMPARE(a.digits, 4);
-        QCOMPARE(a.number, 1);
-        QCOMPARE(a.style.alignment, 1);
-        QCOMPARE(a.style.bold, false);
-        QVERIFY(!a.shown);
-        QCOMPARE(G().numFields.at(2).spineLink, 1);
-        QCOMPARE(G().spineNumberText, QStringLiteral("01"));
-        QCOMPARE(G().spineText, QStringLiteral("Best of"));
-
-        // The sheets show them, and they step.
-        w->addDiscSheet();
-        SheetWindow* disc = w->activeSheet();
-        QCOMPARE(sh::shownText({ObjKind::NumField, 1}), QStringLiteral("0001"));
-        click(disc, {2600, 2600});
-        w->action("Plus1")->trigger();
-        QCOMPARE(sh::shownText({ObjKind::NumField, 1}), QStringLiteral("0002"));
-        click(disc, {1600, 1600});
-        w->action("voirnext")->trigger();
-        QCOMPARE(G().charFields.at(1).text, QStringLiteral("Bob"));
     }
 };
 

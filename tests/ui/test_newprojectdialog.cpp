@@ -1,248 +1,144 @@
-#include "ui/widgets/DriveFolderFile.h"
-#include "platform/FakeServices.h"
+// The new-project dialog: the sheets it hands back, the paper jacket's rule
+// against an inside card, the pointer's help, and opening a project instead.
+#include "UiFixture.h"
 #include "ui/dialogs/NewProjectDialog.h"
-#include "model/Global.h"
 #include <QCheckBox>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTimer>
-#include <QtTest>
 
-using jk::G;
-
-class TestCreeprojet : public QObject {
+class TestNewProjectDialog : public QObject {
     Q_OBJECT
-    FakeServices* fake = nullptr;
-    NewProjectDialog* dlg = nullptr;
+    std::unique_ptr<fixture::Dialog<NewProjectDialog>> t;
     QTemporaryDir tmp;
 
-    void open()
-    {
-        delete dlg;
-        dlg = new NewProjectDialog;
-        dlg->show();
-        QVERIFY(QTest::qWaitForWindowExposed(dlg));
-    }
-    template <class T = QWidget>
-    T* child(const char* name)
-    {
-        T* w = dlg->findChild<T*>(name);
-        if (!w) qFatal("no control %s", name);
-        return w;
-    }
+    NewProjectDialog* d() const { return t->dialog.get(); }
     // Near the left edge: a check box stretched by its layout takes clicks
     // only on its box and caption.
     void click(const char* name)
     {
-        QWidget* w = child(name);
-        QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(6, w->height() / 2));
+        QTest::mouseClick(t->control(name), Qt::LeftButton, {}, QPoint(6, t->control(name)->height() / 2));
     }
-    void hover(const char* name) { QTest::mouseMove(child(name)); }
-    QString help() { return child<QLabel>("Label1")->text(); }
-    bool insideUsable() { return child("Inside")->isEnabled(); }
-    void clickFile(const QString& name, bool twice = false)
+    void hover(const char* name) { QTest::mouseMove(t->control(name)); }
+    QString help() const { return fixture::child<QLabel>(d(), "Label1")->text(); }
+    QCheckBox* inside() const { return fixture::child<QCheckBox>(d(), "Inside"); }
+    bool canOpen() const { return t->control("Command2")->isEnabled(); }
+    FileList* files() const { return d()->findChild<FileList*>(); }
+    void showTab(int tab)
     {
-        auto* files = child<FileList>("File1");
-        const QList<QListWidgetItem*> items = files->findItems(name, Qt::MatchExactly);
-        QCOMPARE(items.size(), 1);
-        const QPoint at = files->visualItemRect(items.first()).center();
-        // A double click arrives as a click and a second, double press.
-        QTest::mouseClick(files->viewport(), Qt::LeftButton, {}, at);
-        if (twice) QTest::mouseDClick(files->viewport(), Qt::LeftButton, {}, at);
-    }
-    void existingTab()
-    {
-        child<QTabWidget>("SSTab1")->setCurrentIndex(1);
-        // Lets the list lay its items out (a zero timer), so clicks find them.
-        QCoreApplication::processEvents();
+        fixture::child<QTabWidget>(d(), "SSTab1")->setCurrentIndex(tab);
+        QCoreApplication::processEvents();  // the list lays its items out
     }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        for (const char* name : {"alpha.prj", "Beta.PRJ", "notes.txt", "old/gamma.prj"}) {
-            QDir(tmp.path()).mkpath("old");
-            QFile f(tmp.filePath(name));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-        }
+        QVERIFY(QDir(tmp.path()).mkpath("old"));
+        for (const char* name : {"alpha.prj", "Beta.PRJ", "notes.txt", "old/gamma.prj"})
+            QVERIFY(fixture::writeFile(tmp.filePath(name), {}));
     }
     void init()
     {
-        jk::resetGlobal();
-        fake = new FakeServices;
-        fake->install();
-        G().projectFolder = tmp.path();
+        t = std::make_unique<fixture::Dialog<NewProjectDialog>>();
+        jk::appSetup().settings.projectFolder = tmp.path();
     }
-    void cleanup()
-    {
-        delete dlg;
-        dlg = nullptr;
-        delete fake;
-        fake = nullptr;
-    }
+    void cleanup() { t.reset(); }
 
-    void opensOnTheProjectFolder()
+    // Each row presses the buttons named, in order.
+    void runHandsBackTheChoice_data()
     {
-        G().texts.formatNames[2] = "Sleeve";
-        G().texts.messages[15] = "Start";
-        G().texts.messages[85] = "Open one";
-        open();
-        QCOMPARE(dlg->windowTitle(), QString("Start"));
-        QCOMPARE(child<QRadioButton>("Option1")->text(), QString("Sleeve"));
-        QCOMPARE(child<QRadioButton>("Simple")->text(), QString("Cover simple"));  // built-in caption
-        QCOMPARE(child<QTabWidget>("SSTab1")->tabText(1), QString("Open one"));
-        QVERIFY(child<QRadioButton>("Simple")->isChecked());
-        QCOMPARE(dlg->previewShown(), 2);
-        QVERIFY(!child<QLabel>("Picture1")->pixmap().isNull());
-        QVERIFY(!child("Picture2")->isVisible() && !child("Picture3")->isVisible());
-        QVERIFY(!child("Command2")->isEnabled());
-        // Only project files, whatever the case of their extension.
-        QCOMPARE(child<FileList>("File1")->fileNames(), QStringList({"alpha.prj", "Beta.PRJ"}));
-        QCOMPARE(child<DirList>("Dir1")->path(), QDir(tmp.path()).absolutePath());
+        QTest::addColumn<QString>("clicks");
+        QTest::addColumn<int>("result");
+        QTest::addColumn<int>("sheets");
+        const int create = NewProjectDialog::Create;
+        QTest::newRow("default") << "Command1" << create << int(jk::FmtSimple);
+        QTest::newRow("booklet, inlay, disc") << "DOUBLEC Inside CDROM Command1" << create
+                                              << jk::FmtDouble + jk::FmtInside + jk::FmtCdRom;
+        QTest::newRow("jacket drops the inlay") << "Inside CDROM Option1 Command1" << create << jk::FmtJacket + jk::FmtCdRom;
+        // Chosen and then left, the jacket has still taken the inlay away.
+        QTest::newRow("inlay stays off after the jacket") << "Inside Option1 DOUBLEC Command1" << create << int(jk::FmtDouble);
+        QTest::newRow("escape") << "DOUBLEC CDROM Escape" << int(NewProjectDialog::Closed) << 0;
+    }
+    void runHandsBackTheChoice()
+    {
+        QFETCH(QString, clicks);
+        bool driven = false;
+        fixture::whenModal<NewProjectDialog>([&](NewProjectDialog* d) {
+            fixture::clickAll(d, clicks);
+            driven = true;
+        });
+        const NewProjectChoice c = NewProjectDialog::run(nullptr);
+        QVERIFY(driven);
+        QTEST(int(c.result), "result");
+        QTEST(c.sheets, "sheets");
+        QVERIFY(c.file.isEmpty());
     }
 
     void pointerDrivesHelpAndPreviewAndTheJacketExcludesTheInlay()
     {
-        G().texts.messages[13] = "A sleeve of paper";
-        open();
+        jk::appSetup().texts.messages[std::size_t(jk::Msg::HelpPaperJacket)] = "A sleeve of paper";
+        t->open();
+        QCOMPARE(d()->previewShown(), 2);
         hover("Option1");
         QCOMPARE(help(), QString("A sleeve of paper"));
-        QCOMPARE(dlg->previewShown(), 3);
-        QVERIFY(insideUsable());  // the jacket is only pointed at, not chosen
+        QCOMPARE(d()->previewShown(), 3);
+        QVERIFY(inside()->isEnabled());  // the jacket is only pointed at, not chosen
         hover("CDROM");
-        QVERIFY(!help().isEmpty());
-        QCOMPARE(dlg->previewShown(), 3);  // the disc label keeps the picture
+        QCOMPARE(d()->previewShown(), 3);  // the disc label keeps the picture
         hover("Command1");
         QVERIFY(help().isEmpty());
-        QCOMPARE(dlg->previewShown(), 2);  // back to the chosen kind
+        QCOMPARE(d()->previewShown(), 2);  // back to the chosen kind
 
         click("Inside");
-        QVERIFY(child<QCheckBox>("Inside")->isChecked());
         click("Option1");
-        hover("Option1");
-        QVERIFY(!insideUsable());
-        QVERIFY(!child<QCheckBox>("Inside")->isChecked());
+        QVERIFY(!inside()->isEnabled() && !inside()->isChecked());
         // Pointing at the covers does not bring the inlay back while the
         // jacket is chosen; the background shows the jacket.
         hover("DOUBLEC");
-        QCOMPARE(dlg->previewShown(), 2);
-        QVERIFY(!insideUsable());
-        QTest::mouseMove(child("Frame1"), QPoint(2, 2));
-        QVERIFY(help().isEmpty());
-        QCOMPARE(dlg->previewShown(), 3);
+        QCOMPARE(d()->previewShown(), 2);
+        QVERIFY(!inside()->isEnabled());
+        QTest::mouseMove(t->control("Frame1"), QPoint(2, 2));
+        QCOMPARE(d()->previewShown(), 3);
         click("DOUBLEC");
-        QVERIFY(insideUsable());
-
-        // Chosen with the keys alone, the jacket still drops the inlay.
-        click("Inside");
-        child("Option1")->setFocus();
-        child<QRadioButton>("Option1")->click();
-        QVERIFY(!child<QCheckBox>("Inside")->isChecked());
-        click("Command1");
-        QCOMPARE(G().jacketChoice, true);
-        QCOMPARE(G().insideChoice, false);
-        QCOMPARE(G().doubleChoice, false);
-    }
-
-    void createStoresTheChoices()
-    {
-        G().openExisting = true;
-        G().projectFilePath = G().projectFileName = "/somewhere/old.prj";
-        bool driven = false;
-        QTimer::singleShot(0, this, [&] {
-            auto* d = qobject_cast<NewProjectDialog*>(QApplication::activeModalWidget());
-            if (!d) return;
-            d->findChild<QRadioButton*>("DOUBLEC")->click();
-            d->findChild<QCheckBox*>("Inside")->click();
-            d->findChild<QCheckBox*>("CDROM")->click();
-            d->findChild<QPushButton*>("Command1")->click();
-            driven = true;
-        });
-        QCOMPARE(NewProjectDialog::run(nullptr), NewProjectDialog::Create);
-        QVERIFY(driven);
-        QCOMPARE(G().openExisting, false);
-        QVERIFY(G().projectFilePath.isEmpty() && G().projectFileName.isEmpty());
-        QCOMPARE(G().simpleChoice, false);
-        QCOMPARE(G().doubleChoice, true);
-        QCOMPARE(G().jacketChoice, false);
-        QCOMPARE(G().insideChoice, true);
-        QCOMPARE(G().cdChoice, true);
+        QVERIFY(inside()->isEnabled() && !inside()->isChecked());
     }
 
     void openNeedsAFileClickedSinceTheLastFolderChange()
     {
-        open();
-        existingTab();
-        QVERIFY(!child("Command2")->isEnabled());
-        clickFile("Beta.PRJ");
-        QCOMPARE(child<QLineEdit>("Text1")->text(), tmp.filePath("Beta.PRJ"));
-        QVERIFY(child("Command2")->isEnabled());
-        // Another folder: the clicked file no longer counts.
-        child<DirList>("Dir1")->setPath(tmp.filePath("old"));
-        QVERIFY(!child("Command2")->isEnabled());
-        QCOMPARE(child<FileList>("File1")->fileNames(), QStringList({"gamma.prj"}));
-        clickFile("gamma.prj");
-        QVERIFY(child("Command2")->isEnabled());
-        // Leaving the tab forgets it as well.
-        child<QTabWidget>("SSTab1")->setCurrentIndex(0);
-        existingTab();
-        QVERIFY(!child("Command2")->isEnabled());
-        clickFile("gamma.prj");
+        t->open();
+        showTab(1);
+        // Only project files, whatever the case of their extension.
+        QCOMPARE(files()->fileNames(), QStringList({"alpha.prj", "Beta.PRJ"}));
+        QVERIFY(!canOpen());
+        QVERIFY(fixture::clickFile(files(), "Beta.PRJ"));
+        QCOMPARE(fixture::child<QLineEdit>(d(), "Text1")->text(), tmp.filePath("Beta.PRJ"));
+        QVERIFY(canOpen());
+        // Another folder, or leaving the tab: the clicked file no longer counts.
+        fixture::child<DirList>(d(), "Dir1")->setPath(tmp.filePath("old"));
+        QVERIFY(!canOpen());
+        QVERIFY(fixture::clickFile(files(), "gamma.prj"));
+        showTab(0);
+        showTab(1);
+        QVERIFY(!canOpen());
+        QVERIFY(fixture::clickFile(files(), "gamma.prj"));
         click("Command2");
-        QCOMPARE(dlg->choice(), NewProjectDialog::OpenExisting);
-        QCOMPARE(G().openExisting, true);
-        QCOMPARE(G().projectFilePath, tmp.filePath("old/gamma.prj"));
-        QCOMPARE(G().projectFileName, G().projectFilePath);
+        QVERIFY(!d()->isVisible());
+        QCOMPARE(d()->outcome().result, NewProjectDialog::OpenExisting);
+        QCOMPARE(d()->outcome().file, tmp.filePath("old/gamma.prj"));
+        QCOMPARE(d()->outcome().sheets, 0);
 
         // A double click opens at once.
-        open();
-        existingTab();
-        clickFile("alpha.prj", true);
-        QVERIFY(!dlg->isVisible());
-        QCOMPARE(G().projectFilePath, tmp.filePath("alpha.prj"));
-    }
-
-    void closingLeavesTheChoicesAlone()
-    {
-        G().openExisting = true;
-        G().simpleChoice = true;
-        G().cdChoice = true;
-        G().projectFilePath = "/kept.prj";
-        open();
-        child<QRadioButton>("Option1")->click();
-        QTest::keyClick(dlg, Qt::Key_Escape);
-        QVERIFY(!dlg->isVisible());
-        QCOMPARE(dlg->choice(), NewProjectDialog::Closed);
-        QCOMPARE(G().openExisting, true);
-        QCOMPARE(G().simpleChoice, true);
-        QCOMPARE(G().jacketChoice, false);
-        QCOMPARE(G().cdChoice, true);
-        QCOMPARE(G().projectFilePath, QString("/kept.prj"));
+        t->open();
+        showTab(1);
+        QVERIFY(fixture::clickFile(files(), "alpha.prj", true));
+        QVERIFY(!d()->isVisible());
+        QCOMPARE(d()->outcome().file, tmp.filePath("alpha.prj"));
         // A project folder that is gone falls back to the home folder.
-        G().projectFolder = tmp.filePath("gone");
-        open();
-        QCOMPARE(child<DirList>("Dir1")->path(), QDir::homePath());
-    }
-
-    void previewsAreDrawnAndDiffer()
-    {
-        const QImage cover = NewProjectDialog::coverPreview(QSize(300, 200)).toImage();
-        const QImage jacket = NewProjectDialog::jacketPreview(QSize(300, 200)).toImage();
-        QVERIFY(cover != jacket);
-        for (const QImage& img : {cover, jacket}) {
-            int painted = 0;
-            for (int y = 0; y < img.height(); y += 4)
-                for (int x = 0; x < img.width(); x += 4) painted += qAlpha(img.pixel(x, y)) > 0;
-            // Shapes cover a good part of the picture, but not all of it.
-            QVERIFY2(painted > 3750 / 4 && painted < 3750, qPrintable(QString::number(painted)));
-        }
+        jk::appSetup().settings.projectFolder = tmp.filePath("gone");
+        t->open();
+        QCOMPARE(fixture::child<DirList>(d(), "Dir1")->path(), QDir::homePath());
     }
 };
 
-QTEST_MAIN(TestCreeprojet)
+QTEST_MAIN(TestNewProjectDialog)
 #include "test_newprojectdialog.moc"

@@ -1,57 +1,21 @@
-#include "ui/widgets/DriveFolderFile.h"
-#include "platform/FakeServices.h"
+// The picture dialog: the folder it starts in, the preview of a clicked file,
+// a plain colour, and what choose() hands back for Select, Cancel and Escape.
+#include "UiFixture.h"
 #include "ui/dialogs/PictureDialog.h"
-#include "model/Global.h"
-#include <QFile>
-#include <QPushButton>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QThreadPool>
-#include <QTimer>
-#include <QtTest>
 
-using jk::G;
-
-namespace {
-
-QString samples()
-{
-    return qEnvironmentVariable("JK_TEST_DATA", QStringLiteral(JK_SOURCE_DIR "/tests/data")) +
-           QStringLiteral("/pictures");
-}
-
-}  // namespace
-
-class TestPicSelect : public QObject {
+class TestPictureDialog : public QObject {
     Q_OBJECT
-    FakeServices* fake = nullptr;
-    PictureDialog* dlg = nullptr;
-    QTemporaryDir pictures, backgrounds;
+    std::unique_ptr<fixture::Dialog<PictureDialog>> t;
+    QTemporaryDir backgrounds;
+    QDir pictures{backgrounds.filePath("pictures")};
 
-    PictureDialog* open()
-    {
-        delete dlg;
-        dlg = new PictureDialog;
-        dlg->show();
-        return dlg;
-    }
-    template <class T = QWidget>
-    T* child(const char* name)
-    {
-        T* w = dlg->findChild<T*>(name);
-        if (!w) qFatal("no control %s", name);
-        return w;
-    }
-    bool enabled(const char* name) { return child(name)->isEnabled(); }
-    void click(const char* name) { QTest::mouseClick(child(name), Qt::LeftButton); }
+    PictureDialog* d() const { return t->dialog.get(); }
     // Clicks a file of the list as the user would, and waits for its preview.
     void clickFile(const QString& name)
     {
-        auto* list = child<FileList>("File1");
-        const QList<QListWidgetItem*> items = list->findItems(name, Qt::MatchExactly);
-        QCOMPARE(items.size(), 1);
-        QSignalSpy shown(dlg, &PictureDialog::previewShown);
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(items.first()).center());
+        QSignalSpy shown(d(), &PictureDialog::previewShown);
+        QVERIFY(fixture::clickFile(d()->browser()->fileList(), name));
         QVERIFY(shown.wait(15000));
         QCOMPARE(shown.last().at(0).toString(), pictures.filePath(name));
     }
@@ -59,65 +23,51 @@ class TestPicSelect : public QObject {
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(pictures.isValid() && backgrounds.isValid());
-        // The pattern lists these, whatever the case of their extensions...
-        QVERIFY(QFile::copy(samples() + "/sample.pcx", pictures.filePath("UPPER.PCX")));
-        QVERIFY(QFile::copy(samples() + "/sample.bmp", pictures.filePath("lower.bmp")));
-        QVERIFY(QFile::copy(samples() + "/sample.jpg", pictures.filePath("Mixed.Jpg")));
-        QVERIFY(QFile::copy(samples() + "/sample.eps", pictures.filePath("drawing.eps")));
-        QFile empty(pictures.filePath("empty.gif"));
-        QVERIFY(empty.open(QIODevice::WriteOnly));
-        empty.close();
-        // ...and leaves these out.
-        QVERIFY(QFile::copy(samples() + "/sample.gif", pictures.filePath("picture.png")));
-        QVERIFY(QFile::copy(samples() + "/README.md", pictures.filePath("notes.txt")));
-        QVERIFY(QFile::copy(samples() + "/sample.tif", backgrounds.filePath("paper.tif")));
+        QVERIFY(pictures.mkpath("."));
+        const QString samples = qEnvironmentVariable("JK_TEST_DATA", JK_SOURCE_DIR "/tests/data") + "/pictures/";
+        // The pattern lists the first four and the empty GIF, whatever the
+        // case of their extensions, and leaves the others out.
+        const char* const copies[][2] = {{"pcx", "UPPER.PCX"},  {"bmp", "lower.bmp"},   {"jpg", "Mixed.Jpg"},
+                                         {"eps", "drawing.eps"}, {"gif", "picture.png"}, {"tif", "../paper.tif"}};
+        for (const auto& [from, to] : copies) QVERIFY(QFile::copy(samples + "sample." + from, pictures.filePath(to)));
+        QVERIFY(fixture::writeFile(pictures.filePath("empty.gif"), {}));
+        QVERIFY(fixture::writeFile(pictures.filePath("notes.txt"), "x"));
     }
     void init()
     {
-        jk::resetGlobal();
-        G().picturesFolder = pictures.path();
-        G().backgroundFolder = backgrounds.path();
-        G().pictureDialogPurpose = 1;
-        fake = new FakeServices;
-        fake->install();
+        t = std::make_unique<fixture::Dialog<PictureDialog>>();
+        jk::appSetup().settings.picturesFolder = pictures.path();
+        jk::appSetup().settings.backgroundFolder = backgrounds.path();
     }
     void cleanup()
     {
-        delete dlg;
-        dlg = nullptr;
-        delete fake;
-        fake = nullptr;
+        t->dialog.reset();
+        QThreadPool::globalInstance()->waitForDone(15000);  // a preview may still decode
+        t.reset();
     }
 
-    void opensInTheFolderOfItsPurposeWithThePattern()
+    void opensInTheFolderOfItsPurpose()
     {
-        open();
-        QCOMPARE(dlg->windowTitle(), QStringLiteral("PICTURE SELECTOR"));
-        QVERIFY(!enabled("Command1"));
-        QVERIFY(!enabled("Scanner"));  // no image source
-        QVERIFY(enabled("Command2") && enabled("Command3"));
-        QCOMPARE(child<DirList>("Dir1")->path(), pictures.path());
-        QCOMPARE(child<FileList>("File1")->fileNames(),
+        t->open(PicturePurpose::Picture);
+        QVERIFY(!t->control("Command1")->isEnabled() && !d()->choice());
+        QCOMPARE(d()->browser()->path(), pictures.path());
+        QCOMPARE(d()->browser()->fileList()->fileNames(),
                  QStringList({"drawing.eps", "empty.gif", "lower.bmp", "Mixed.Jpg", "UPPER.PCX"}));
-
-        G().pictureDialogPurpose = 0;
-        open();
-        QCOMPARE(child<DirList>("Dir1")->path(), backgrounds.path());
-        QCOMPARE(child<FileList>("File1")->fileNames(), QStringList({"paper.tif"}));
+        t->open(PicturePurpose::Background);
+        QCOMPARE(d()->browser()->path(), backgrounds.path());
+        QCOMPARE(d()->browser()->fileList()->fileNames(), QStringList({"paper.tif"}));
     }
 
-    void clickingAFileChoosesAndPreviewsIt()
+    void clickingAFilePreviewsAndChoosesIt()
     {
-        open();
-        G().scannerSource = 1;
+        t->open(PicturePurpose::Picture);
         for (const char* name : {"UPPER.PCX", "drawing.eps", "Mixed.Jpg"}) {
             clickFile(name);
-            QCOMPARE(G().chosenPictureFile, pictures.filePath(name));
-            QCOMPARE(G().scannerSource, jk::i16(0));
-            QVERIFY(enabled("Command1"));
-            const QImage& shown = dlg->preview()->picture();
-            QVERIFY2(!shown.isNull(), qPrintable(dlg->preview()->note()));
+            QCOMPARE(d()->choice()->recordText(), pictures.filePath(name));
+            QVERIFY(t->control("Command1")->isEnabled());
+            // Each sample is red on the left, blue on the right.
+            const QImage& shown = d()->preview()->picture();
+            QVERIFY2(!shown.isNull(), qPrintable(d()->preview()->note()));
             const QColor left = shown.pixelColor(4, shown.height() / 2);
             const QColor right = shown.pixelColor(shown.width() - 4, shown.height() / 2);
             QVERIFY2(left.red() > 190 && left.blue() < 70, qPrintable(name + left.name()));
@@ -125,74 +75,66 @@ private Q_SLOTS:
         }
         // A file that cannot be shown still is the choice; the preview says why.
         clickFile("empty.gif");
-        QCOMPARE(G().chosenPictureFile, pictures.filePath("empty.gif"));
-        QVERIFY(dlg->preview()->picture().isNull());
-        QVERIFY(!dlg->preview()->note().isEmpty());
-
-        click("Command1");
-        QCOMPARE(dlg->result(), int(QDialog::Accepted));
-        QCOMPARE(G().chosenPictureFile, pictures.filePath("empty.gif"));
+        QVERIFY(d()->preview()->picture().isNull());
+        QVERIFY(!d()->preview()->note().isEmpty());
+        QCOMPARE(d()->choice()->file, pictures.filePath("empty.gif"));
+        QVERIFY(!d()->choice()->colour);
+        t->click("Command2");  // cancelled: nothing is handed back
+        QVERIFY(!d()->choice());
     }
 
-    void cancelAndEscapeLeaveNothingChosen()
+    void chooseHandsBackTheChoiceOrNothing_data()
     {
-        open();
-        clickFile("lower.bmp");
-        click("Command2");
-        QCOMPARE(dlg->result(), int(QDialog::Rejected));
-        QCOMPARE(G().chosenPictureFile, QString());
-
-        open();
-        clickFile("lower.bmp");
-        QTest::keyClick(dlg, Qt::Key_Escape);
-        QVERIFY(!dlg->isVisible());
-        QCOMPARE(G().chosenPictureFile, QString());
+        QTest::addColumn<QString>("closeBy");
+        QTest::newRow("select") << "Command1";
+        QTest::newRow("cancel") << "Command2";
+        QTest::newRow("escape") << "Escape";
+        QTest::newRow("window close") << "";
+    }
+    void chooseHandsBackTheChoiceOrNothing()
+    {
+        QFETCH(QString, closeBy);
+        bool driven = false;
+        fixture::whenModal<PictureDialog>([&](PictureDialog* d) {
+            QVERIFY(fixture::clickFile(d->browser()->fileList(), "lower.bmp"));
+            if (closeBy.isEmpty()) d->close();
+            fixture::clickAll(d, closeBy);
+            driven = true;
+        });
+        const std::optional<PictureChoice> c = PictureDialog::choose(nullptr, PicturePurpose::Picture);
+        QVERIFY(driven);
+        QCOMPARE(bool(c), closeBy == "Command1");
+        if (c) QCOMPARE(c->recordText(), pictures.filePath("lower.bmp"));
     }
 
-    void colorGivesTildeAndWindowsRgb()
+    void colourGivesTildeAndWindowsRgb()
     {
-        open();
-        fake->colors.answers = {QColor(255, 0, 0), std::nullopt, QColor(0, 0, 255), QColor(1, 2, 3)};
-        click("Command3");
-        QCOMPARE(G().chosenPictureFile, QStringLiteral("~255"));
-        QVERIFY(enabled("Command1"));
-        QCOMPARE(dlg->preview()->color(), QColor(255, 0, 0));
-        click("Command3");  // cancelled: the choice stays
-        QCOMPARE(G().chosenPictureFile, QStringLiteral("~255"));
-        click("Command3");
-        QCOMPARE(G().chosenPictureFile, QStringLiteral("~16711680"));
-        QCOMPARE(fake->colors.calls.size(), 3);
-        QCOMPARE(fake->colors.calls.last().initial, QColor(255, 0, 0));  // starts from the shown colour
+        t->open(PicturePurpose::Picture);
+        t->fake->colors.answers = {QColor(255, 0, 0), std::nullopt, QColor(0, 0, 255), QColor(1, 2, 3)};
+        t->click("Command3");
+        QCOMPARE(d()->choice()->recordText(), QStringLiteral("~255"));
+        QVERIFY(t->control("Command1")->isEnabled());
+        QCOMPARE(d()->preview()->color(), QColor(255, 0, 0));
+        t->click("Command3");  // cancelled: the choice stays
+        QCOMPARE(d()->choice()->recordText(), QStringLiteral("~255"));
+        t->click("Command3");
+        QCOMPARE(d()->choice()->recordText(), QStringLiteral("~16711680"));
+        QCOMPARE(t->fake->colors.calls.last().initial, QColor(255, 0, 0));  // starts from the shown colour
 
         // A colour chosen while a picture decodes is not covered by it.
-        auto* list = child<FileList>("File1");
-        QVERIFY(list->setFileName("drawing.eps"));
-        QSignalSpy shown(dlg, &PictureDialog::previewShown);
-        dlg->File1_Click();
-        QCOMPARE(G().chosenPictureFile, pictures.filePath("drawing.eps"));
-        dlg->Command3_Click();  // straight away: no event may run in between
-        QCOMPARE(G().chosenPictureFile, QStringLiteral("~197121"));
+        QVERIFY(d()->browser()->fileList()->setFileName("drawing.eps"));
+        QSignalSpy shown(d(), &PictureDialog::previewShown);
+        d()->File1_Click();
+        QCOMPARE(d()->choice()->file, pictures.filePath("drawing.eps"));
+        d()->Command3_Click();  // straight away: no event may run in between
+        QCOMPARE(d()->choice()->recordText(), QStringLiteral("~197121"));
         QVERIFY(QThreadPool::globalInstance()->waitForDone(15000));
         QCoreApplication::processEvents();  // the decoded picture arrives...
         QCOMPARE(shown.count(), 0);          // ...and is dropped
-        QVERIFY(dlg->preview()->picture().isNull());
-        QCOMPARE(dlg->preview()->color(), QColor(1, 2, 3));
-    }
-
-    void runShowsTheDialogModally()
-    {
-        G().chosenPictureFile = QStringLiteral("/old/choice.bmp");
-        bool seen = false;
-        QTimer::singleShot(0, this, [&] {
-            auto* d = qobject_cast<PictureDialog*>(QApplication::activeModalWidget());
-            seen = d != nullptr;
-            if (d) QTest::mouseClick(d->findChild<QPushButton*>("Command2"), Qt::LeftButton);
-        });
-        PictureDialog::run(nullptr);
-        QVERIFY(seen);
-        QCOMPARE(G().chosenPictureFile, QString());
+        QVERIFY(d()->preview()->picture().isNull());
+        QCOMPARE(d()->preview()->color(), QColor(1, 2, 3));
     }
 };
 
-QTEST_MAIN(TestPicSelect)
+QTEST_MAIN(TestPictureDialog)
 #include "test_picturedialog.moc"

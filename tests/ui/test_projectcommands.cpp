@@ -1,319 +1,251 @@
-#include "ui/mainwindow/MainWindow.h"
-#include "app/Startup.h"
-#include "platform/FakeServices.h"
-#include "ui/dialogs/NewProjectDialog.h"
+// The project commands: the save-changes question before anything is lost,
+// save and reopen, a failed save, and the headless export.
+#include "UiFixture.h"
 #include "file/ProjectFile.h"
-#include "ui/sheet/SheetWindow.h"
 #include "render/SheetLayout.h"
-#include "model/Global.h"
-#include "file/Paths.h"
-#include <QAction>
 #include <QImageReader>
-#include <QMdiArea>
-#include <QMdiSubWindow>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QToolBar>
-#include <QToolButton>
-#include <QtTest>
 
-using jk::G;
 namespace pf = jk::platform;
+using jk::FmtCdRom, jk::FmtDouble, jk::FmtInside, jk::FmtJacket, jk::FmtSimple;
 
-namespace {
-
-// What the new-project dialog answers: the sheets to create.
-struct Choice {
-    bool simple = false, dbl = false, jacket = false, inside = false, cd = false;
-};
-
-void answerNewProject(const Choice& c)
-{
-    MainWindow::newProjectDialog = [c](QWidget*) {
-        jk::Global& g = G();
-        g.openExisting = false;
-        g.simpleChoice = (c.simple);
-        g.doubleChoice = (c.dbl);
-        g.jacketChoice = (c.jacket);
-        g.insideChoice = (c.inside);
-        g.cdChoice = (c.cd);
-        return int(NewProjectDialog::Create);
-    };
-}
-
-QList<int> sheetCodes(MainWindow* w)
-{
-    QList<int> codes;
-    for (QMdiSubWindow* sub : w->mdiArea()->subWindowList(QMdiArea::CreationOrder))
-        if (auto* s = qobject_cast<SheetWindow*>(sub->widget())) codes << s->formatCode();
-    return codes;
-}
-
-int addFreeText(int sheet, const QString& text)
-{
-    jk::TextRecord r;
-    r.sheet = jk::i16(sheet);
-    r.text = text;
-    r.style.fontName = "Arial";
-    r.style.fontSize = 12;
-    r.style.width = 1200;
-    r.style.height = 300;
-    return G().freeText.append(r);
-}
-
-}  // namespace
+using fixture::readFile;
 
 class TestProjectCommands : public QObject {
     Q_OBJECT
+    std::unique_ptr<fixture::Gui> gui;
     FakeServices* fake = nullptr;
     MainWindow* w = nullptr;
     QTemporaryDir dir;
+    NewProjectChoice answer;  // what the new-project dialog answers
     int dialogCalls = 0;
 
     QString path(const QString& name) const { return dir.filePath(name); }
-
-    void newProject(const Choice& c)
+    jk::Project& project() { return w->project(); }
+    void newProject(int sheets)
     {
-        answerNewProject(c);
-        auto inner = MainWindow::newProjectDialog;
-        MainWindow::newProjectDialog = [this, inner](QWidget* p) {
-            ++dialogCalls;
-            return inner(p);
-        };
+        answer = {NewProjectDialog::Create, sheets, {}};
         w->newProjectCommand();
+    }
+    QList<int> sheetCodes() const
+    {
+        QList<int> codes;
+        for (SheetWindow* s : w->sheets()) codes << s->formatCode();
+        return codes;
+    }
+    int addText(int sheet, const QString& text)
+    {
+        return project().addText(false, fixture::textAt(sheet, text, {0, 0, 1200, 300}));
+    }
+    // A project file of those sheets, each with a block, written without a window.
+    bool writeProjectFile(const QString& file, int sheets)
+    {
+        jk::ProjectData d;
+        d.createTables(jk::TableSizing::NewProject);
+        d.sheetComposition = jk::i16(sheets);
+        for (const jk::FormatInfo& f : jk::formats())
+            if (sheets & f.code) d.freeText.append(fixture::textAt(f.code, QString("Text on %1").arg(f.code), {0, 0, 1200, 300}));
+        return jk::writeProject(d, file);
     }
 
 private Q_SLOTS:
     void init()
     {
-        jk::resetGlobal();
-        fake = new FakeServices;
-        fake->install();
-        w = new MainWindow;
-        startUp(*w, QString());
+        gui = std::make_unique<fixture::Gui>();
+        fake = gui->fake.get();
+        w = gui->w.get();
+        w->show();
+        w->newProjectDialog = [this](QWidget*) {
+            ++dialogCalls;
+            return answer;
+        };
         dialogCalls = 0;
     }
-    void cleanup()
+    void cleanup() { gui.reset(); }
+
+    void saveQuestionGuardsNewOpenAndQuit_data()
     {
-        delete w;
-        w = nullptr;
-        delete fake;
-        fake = nullptr;
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("reply");
+        for (const char* c : {"new", "open", "quit"}) {
+            QTest::addRow("%s cancel", c) << c << int(pf::AnswerCancel);
+            QTest::addRow("%s yes", c) << c << int(pf::AnswerYes);
+            QTest::addRow("%s no", c) << c << int(pf::AnswerNo);
+        }
     }
-
-    void newProjectCreatesTheChosenSheets()
-    {
-        newProject({.simple = true, .inside = true});
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtSimple, jk::FmtInside}));
-        QCOMPARE(G().sheetComposition, 5);
-        QCOMPARE(G().projectFileName, QString("Untitled.prj"));
-        QCOMPARE(w->windowTitle(), QString("Jewelcase Studio    Untitled.prj"));
-        QVERIFY(w->toolBar()->isVisible());
-        QVERIFY(w->action("savefilefirst")->isEnabled());
-        QVERIFY(w->action("AddForm")->isEnabled());
-        QCOMPARE(G().projectModified, false);
-        // No paper jacket: the project starts with the spines hidden.
-        QCOMPARE(G().spinesHidden, true);
-        QVERIFY(!w->sheetOf(jk::FmtInside)->spinesShown());
-
-        // Jacket and disc label fill the project: 16 + 8 = 24.
-        newProject({.jacket = true, .cd = true});
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtJacket, jk::FmtCdRom}));
-        QCOMPARE(G().sheetComposition, 24);
-        QVERIFY(!w->action("AddForm")->isEnabled());
-        QVERIFY(!w->button("AddSheet")->isEnabled());
-    }
-
     void saveQuestionGuardsNewOpenAndQuit()
     {
-        newProject({.dbl = true, .cd = true});
-        addFreeText(jk::FmtCdRom, "keep me");
-        G().projectModified = true;
+        QFETCH(QString, command);
+        QFETCH(int, reply);
+        const QString other = path("other.prj"), saved = path(QString(QTest::currentDataTag()) + ".prj");
+        QVERIFY(writeProjectFile(other, FmtInside));
+        newProject(FmtDouble + FmtCdRom);
+        const int kept = addText(FmtCdRom, "keep me");
+        project().setModified(true);
 
-        // Cancel: nothing changes, no dialog comes up.
-        fake->messages.answers = {pf::AnswerCancel};
-        w->newProjectCommand();
-        QCOMPARE(dialogCalls, 1);
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtDouble, jk::FmtCdRom}));
-        QCOMPARE(G().freeText.at(1).text, QString("keep me"));
-        QCOMPARE(fake->messages.calls.last().buttons, pf::Buttons::YesNoCancel);
-        QCOMPARE(fake->messages.calls.last().text, G().texts.msg(jk::Msg::SaveChanges));
+        fake->messages.answers = {reply};
+        fake->files.saveAnswers = {saved};  // the project is untitled: Yes asks for a name
+        fake->files.openAnswers = {other};
+        answer = {NewProjectDialog::Create, FmtSimple, {}};
+        if (command == "new") w->newProjectCommand();
+        else if (command == "open") w->openCommand(false);
+        else QCOMPARE(w->shutDown(), reply != pf::AnswerCancel);
 
-        fake->messages.answers = {pf::AnswerCancel};
-        fake->files.openAnswers = {path("never.prj")};
-        w->openCommand(false);
-        QCOMPARE(fake->files.openCalls.size(), 0);
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtDouble, jk::FmtCdRom}));
-
-        fake->messages.answers = {pf::AnswerCancel};
-        QVERIFY(!w->shutDown());
-        QCOMPARE(sheetCodes(w).size(), 2);
-
-        // Yes on an untitled project asks for a name, then saves there.
-        fake->messages.answers = {pf::AnswerYes};
-        fake->files.saveAnswers = {path("first.prj")};
-        newProject({.simple = true});
-        QVERIFY(QFile::exists(path("first.prj")));
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtSimple}));
-        QCOMPARE(G().freeText.count(), 0);
-
-        // No: the changes are dropped without a file.
-        G().projectModified = true;
-        fake->messages.answers = {pf::AnswerNo};
-        newProject({.cd = true});
-        QCOMPARE(fake->files.saveCalls.size(), 1);
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtCdRom}));
+        // The question comes first, with three ways out.
+        QCOMPARE(fake->messages.calls.size(), 1);
+        QCOMPARE(fake->messages.calls[0].text, jk::texts().msg(jk::Msg::SaveChanges));
+        QCOMPARE(fake->messages.calls[0].buttons, pf::Buttons::YesNoCancel);
+        QCOMPARE(QFile::exists(saved), reply == pf::AnswerYes);
+        if (reply == pf::AnswerYes) QVERIFY(readFile(saved).contains("keep me"));
+        if (reply == pf::AnswerCancel) {
+            // Nothing changed and nothing else came up.
+            QCOMPARE(sheetCodes(), (QList<int>{FmtDouble, FmtCdRom}));
+            QCOMPARE(project().freeText().at(kept).text, QString("keep me"));
+            QVERIFY(project().isModified());
+            QCOMPARE(dialogCalls, 1);
+            QVERIFY(fake->files.openCalls.isEmpty());
+            QVERIFY(w->isVisible());
+        } else if (command == "new") {
+            QCOMPARE(sheetCodes(), QList<int>{FmtSimple});
+            QCOMPARE(project().freeText().count(), 0);
+        } else if (command == "open") {
+            QCOMPARE(sheetCodes(), QList<int>{FmtInside});
+            QCOMPARE(project().fileName(), other);
+        } else {
+            QCOMPARE(fake->help.quitCalls, 1);
+        }
     }
 
-    void saveAndOpenRoundTrip()
+    void saveAndReopenGivesTheSameProject_data()
     {
-        newProject({.dbl = true, .inside = true, .cd = true});
-        G().spineText = "Road trip";
-        const int a = addFreeText(jk::FmtInside, "Side A");
-        addFreeText(jk::FmtInside, "gone");
-        G().freeText.at(2).text.clear();  // deleted: the slot stays used
-        const int c = addFreeText(jk::FmtCdRom, "Disc");
-        G().projectModified = true;
+        QTest::addColumn<int>("sheets");
+        QTest::addColumn<QList<int>>("codes");
+        QTest::newRow("booklet, inlay, disc") << FmtDouble + FmtInside + FmtCdRom << QList<int>{FmtDouble, FmtCdRom, FmtInside};
+        QTest::newRow("cover, inlay, disc") << FmtSimple + FmtInside + FmtCdRom << QList<int>{FmtSimple, FmtCdRom, FmtInside};
+        QTest::newRow("jacket and disc") << FmtJacket + FmtCdRom << QList<int>{FmtJacket, FmtCdRom};
+    }
+    void saveAndReopenGivesTheSameProject()
+    {
+        QFETCH(int, sheets);
+        QFETCH(QList<int>, codes);
+        const QString file = path(QString("trip%1.prj").arg(sheets));
+        newProject(sheets);
+        QCOMPARE(sheetCodes(), codes);
+        QCOMPARE(w->windowTitle(), QString("Jewelcase Studio    Untitled.prj"));
+        QVERIFY(w->toolBar()->isVisible() && !project().isModified());
+        // Once a jacket and a disc label are there, no other sheet fits.
+        QCOMPARE(gui->enabled("AddForm"), sheets != FmtJacket + FmtCdRom);
+        // Without a paper jacket the project starts with the spines hidden.
+        if (SheetWindow* inlay = w->sheetOf(FmtInside)) QVERIFY(project().spinesHidden() && !inlay->spinesShown());
 
-        // Untitled in any letter case asks for a name.
-        G().projectFileName = dir.filePath("UNTITLED.PRJ");
-        fake->files.saveAnswers = {path("trip.prj")};
+        const int first = codes.first();
+        project().setSpineText("Road trip");
+        const int a = addText(first, "Side A");
+        project().remove({jk::ObjKind::Text, addText(first, "gone")});  // the slot stays used
+        const int c = addText(FmtCdRom, "Disc");
+        project().setModified(false);
+
+        // A new background is a change like any other.
+        gui->dialogs.pictures = {PictureChoice{{}, 0x00FF00}};
+        w->sheetOf(first)->changeBackground();
+        QCOMPARE(gui->dialogs.pictureRequests, QList<PicturePurpose>{PicturePurpose::Background});
+        QCOMPARE(project().background(first).text, QString("~65280"));
+        QVERIFY(project().isModified());
+
+        // Untitled in any letter case asks for a name; a titled project saves without asking.
+        project().setFileName(path("UNTITLED.PRJ"));
+        fake->files.saveAnswers = {file};
+        QVERIFY(w->saveProject());
+        QCOMPARE(project().fileName(), file);
+        QCOMPARE(w->windowTitle(), "Jewelcase Studio    " + file);
+        QVERIFY(!project().isModified() && gui->enabled("saveas"));
         QVERIFY(w->saveProject());
         QCOMPARE(fake->files.saveCalls.size(), 1);
-        QCOMPARE(G().projectFileName, path("trip.prj"));
-        QCOMPARE(w->windowTitle(), "Jewelcase Studio    " + path("trip.prj"));
-        QCOMPARE(G().projectModified, false);
-        QVERIFY(w->action("saveas")->isEnabled());
-        // A titled project saves without asking.
-        QVERIFY(w->saveProject());
-        QCOMPARE(fake->files.saveCalls.size(), 1);
-
-        newProject({.cd = true});
-        QCOMPARE(G().freeText.count(), 0);
+        const QByteArray saved = readFile(file);
 
         // A cancelled file dialog keeps the open project and its print weights.
-        const jk::i16 weights = G().compositionCode;
+        newProject(FmtCdRom);
+        const int weights = project().printWeights();
         fake->files.openAnswers = {QString()};
         w->openCommand(true);
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtCdRom}));
-        QCOMPARE(G().compositionCode, weights);
+        QCOMPARE(sheetCodes(), QList<int>{FmtCdRom});
+        QCOMPARE(project().printWeights(), weights);
 
-        fake->files.openAnswers = {path("trip.prj")};
+        fake->files.openAnswers = {file};
         w->openCommand(true);
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtDouble, jk::FmtCdRom, jk::FmtInside}));
-        QCOMPARE(G().readSuccess, true);
-        QCOMPARE(G().sheetComposition, 14);
-        QCOMPARE(G().spineText, QString("Road trip"));
-        // Block lines come back each ended by CR LF, and saving again gives
-        // the same bytes: nothing grows from one save to the next.
-        QCOMPARE(G().freeText.at(a).text, QString("Side A\r\n"));
-        QFile saved(path("trip.prj"));
-        QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(jk::projectFileBytes(), saved.readAll());
-        // The deleted block is not stored: the slots close up.
-        QCOMPARE(G().freeText.count(), 2);
-        QCOMPARE(G().freeText.at(c - 1).sheet, jk::i16(jk::FmtCdRom));
-        QCOMPARE(w->windowTitle(), "Jewelcase Studio    " + path("trip.prj"));
-        QVERIFY(w->action("Exportshhet")->isEnabled());
-        // One sheet per format: the cover entries are off once a cover exists.
-        QVERIFY(!w->action("AdFrmSimpl")->isEnabled());
-        QVERIFY(!w->action("AdFrmIns")->isEnabled());
-        QCOMPARE(G().projectModified, false);
+        QCOMPARE(sheetCodes(), codes);
+        QCOMPARE(project().sheetComposition(), sheets);
+        QCOMPARE(project().spineText(), QString("Road trip"));
+        QCOMPARE(project().background(first).text, QString("~65280"));
+        // Block lines come back each ended by CR LF; the deleted block is
+        // not stored, so the slots close up.
+        QCOMPARE(project().freeText().at(a).text, QString("Side A\r\n"));
+        QCOMPARE(project().freeText().count(), 2);
+        QCOMPARE(project().freeText().at(c - 1).sheet, jk::i16(FmtCdRom));
+        QVERIFY(gui->enabled("Exportshhet") && !project().isModified());
+        // Saving again gives the same bytes: nothing grows from one save to the next.
+        QVERIFY(w->saveProject());
+        QCOMPARE(readFile(file), saved);
 
         // The new-project dialog's second tab opens the chosen file at once.
-        newProject({.cd = true});
-        MainWindow::newProjectDialog = [this](QWidget*) {
-            G().openExisting = true;
-            G().projectFilePath = G().projectFileName = path("trip.prj");
-            return int(NewProjectDialog::OpenExisting);
-        };
+        newProject(FmtCdRom);
+        answer = {NewProjectDialog::OpenExisting, 0, file};
         w->newProjectCommand();
-        QCOMPARE(sheetCodes(w), (QList<int>{jk::FmtDouble, jk::FmtCdRom, jk::FmtInside}));
-        QCOMPARE(G().spineText, QString("Road trip"));
+        QCOMPARE(sheetCodes(), codes);
+        QCOMPARE(project().freeText().at(a).text, QString("Side A\r\n"));
     }
 
     void failedSaveKeepsTheChangesAndTheOldFile()
     {
-        newProject({.simple = true});
-        fake->files.saveAnswers = {path("keep.prj")};
-        QVERIFY(w->saveProject());
-        const QByteArray before = [&] {
-            QFile f(path("keep.prj"));
-            f.open(QIODevice::ReadOnly);
-            return f.readAll();
-        }();
+        // A name so long that no temporary file fits beside it: the save
+        // fails even as root, over a file that exists.
+        const QString old = path(QString(250, 'k') + ".prj");
+        QVERIFY(fixture::writeFile(old, "the old project"));
+        newProject(FmtSimple);
+        addText(FmtSimple, "unsaved work");
+        project().setModified(true);
+        project().setFileName(old);
+        QVERIFY(!w->saveProject());
+        QCOMPARE(fake->messages.calls.size(), 1);
+        QCOMPARE(fake->messages.calls[0].title, jk::texts().msg(jk::Msg::ProgramTitle));
+        QCOMPARE(readFile(old), QByteArray("the old project"));
+        QVERIFY(project().isModified());
 
-        // A folder that cannot exist (its parent is a file) fails even as root.
-        QFile blocker(path("blocker"));
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
-        addFreeText(jk::FmtSimple, "unsaved work");
-        G().projectModified = true;
-        G().projectFileName = path("blocker/sub.prj");
-        const int shown = fake->messages.calls.size();
-        QVERIFY(!w->writeProjectFile());
-        QCOMPARE(fake->messages.calls.size(), shown + 1);
-        QCOMPARE(fake->messages.calls.last().title, G().texts.msg(jk::Msg::ProgramTitle));
-        QCOMPARE(G().projectModified, true);
-
-        // Save as to the old name works and replaces it.
+        // Save as another name works.
         fake->files.saveAnswers = {path("keep.prj")};
         QVERIFY(w->saveAs());
-        QFile f(path("keep.prj"));
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        const QByteArray after = f.readAll();
-        QVERIFY(after != before);
-        QVERIFY(after.contains("unsaved work"));
-        QCOMPARE(G().projectModified, false);
+        QVERIFY(readFile(path("keep.prj")).contains("unsaved work"));
+        QVERIFY(!project().isModified());
     }
 
     void headlessExportWritesEverySheet()
     {
-        // Booklet, disc label and inlay with a block each, plus a jacket project.
-        jk::resetGlobal();
-        G().createTables(jk::TableSizing::NewProject);
-        G().sheetComposition = jk::i16(jk::FmtDouble + jk::FmtCdRom + jk::FmtInside);
-        addFreeText(jk::FmtDouble, "Booklet text");
-        addFreeText(jk::FmtCdRom, "Disc text");
-        G().spineText = "Spine";
-        QVERIFY(jk::writeProject(path("export.prj")));
-
-        const QString exe = QCoreApplication::applicationDirPath() + "/jewlkit";
-        const QString out = path("png");
         QProcess p;
-        p.start(exe, {"--export", out, path("export.prj")});
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), 0);
-        for (int code : {2, 4, 8}) {
-            QImageReader r(out + QString("/%1.png").arg(code));
-            const QSize s = r.size();
-            const QSizeF twips = jk::sheet::canvasSizeTwips(code);
+        const auto exportTo = [&](const QString& out, const QString& project) {
+            p.start(QCoreApplication::applicationDirPath() + "/jewlkit", {"--export", path(out), path(project)});
+            return p.waitForFinished(60000) ? p.exitCode() : -1;
+        };
+        QVERIFY(writeProjectFile(path("export.prj"), FmtDouble + FmtCdRom + FmtInside));
+        QCOMPARE(exportTo("png", "export.prj"), 0);
+        for (int code : {FmtDouble, FmtInside, FmtCdRom}) {
             // 300 dpi of the canvas, to the pixel.
+            const QSize s = QImageReader(path("png/%1.png").arg(code)).size();
+            const QSizeF twips = jk::sheet::canvasSizeTwips(code);
             QVERIFY2(qAbs(s.width() - twips.width() * 300 / 1440) <= 1, qPrintable(QString::number(code)));
             QVERIFY(qAbs(s.height() - twips.height() * 300 / 1440) <= 1);
         }
-        QVERIFY(QFile::exists(out + "/2-text.png"));
-        QVERIFY(!QFile::exists(out + "/1.png"));
+        QVERIFY(QFile::exists(path("png/2-text.png")) && !QFile::exists(path("png/1.png")));
 
         // A damaged file: the message on standard error, exit status 1, and
         // the sheets that could be read are still written.
-        QFile good(path("export.prj"));
-        QVERIFY(good.open(QIODevice::ReadOnly));
-        QByteArray bytes = good.readAll();
-        bytes.truncate(bytes.indexOf("Booklet text") + 5);
-        QFile bad(path("bad.prj"));
-        QVERIFY(bad.open(QIODevice::WriteOnly));
-        bad.write(bytes);
-        bad.close();
-        p.start(exe, {"--export", path("png-bad"), path("bad.prj")});
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), 1);
+        QByteArray bytes = readFile(path("export.prj"));
+        bytes.truncate(bytes.indexOf("Text on 2") + 5);
+        QVERIFY(fixture::writeFile(path("bad.prj"), bytes));
+        QCOMPARE(exportTo("png-bad", "bad.prj"), 1);
         QVERIFY(!p.readAllStandardError().isEmpty());
         QVERIFY(QFile::exists(path("png-bad/8.png")));
-
-        p.start(exe, {"--export", path("none"), path("missing.prj")});
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), 1);
+        // A missing file: exit status 1 and nothing written.
+        QCOMPARE(exportTo("none", "missing.prj"), 1);
         QVERIFY(!QFile::exists(path("none")));
     }
 };

@@ -1,439 +1,221 @@
-// Sheet objects inside the main window: creating text blocks and pictures
-// through scripted dialogs, restoring a sheet from the records, the selection
-// mark and pop-ups, step moves and resizes, stacking, the spine text.
-#include "ui/mainwindow/MainWindow.h"
-#include "platform/FakeServices.h"
-#include "ui/sheet/SheetWindow.h"
-#include "render/SheetRenderer.h"
-#include "model/Global.h"
-#include <QAction>
-#include <QMenu>
-#include <QToolButton>
+// Sheet objects inside the main window: text blocks and pictures made
+// through the scripted dialogs, the selection mark and pop-ups, step moves
+// and resizes, stacking, full tables and the spine text.
+#include "UiFixture.h"
 #include <QtTest>
-#include <deque>
 
-using jk::G;
+using namespace fixture;
+using jk::ObjKind;
+using jk::ObjectRef;
 namespace sh = jk::sheet;
-using sh::ObjKind;
-using sh::ObjectRef;
-
-namespace {
-
-// One answer of the scripted text dialog: OK with a text, or Cancel; it may
-// also write formatting into the block's record, as the dialog does.
-struct TextAnswer {
-    QString text;
-    bool ok = true;
-    std::function<void(jk::TextRecord&)> format = {};
-    jk::i16 alignment = -1;
-};
-struct TextCall {
-    QString pendingText;
-    jk::i16 spineMode = 0;
-    jk::i16 block = 0;
-    jk::i16 alignment = 0;
-};
-
-// The pixel that holds a point given in twips.
-QPoint px(QPoint twips) { return {twips.x() / sh::kTwipsPerPixel, twips.y() / sh::kTwipsPerPixel}; }
-QColor at(const QImage& img, QPoint twips) { return img.pixelColor(px(twips)); }
-bool isWhite(const QColor& c) { return c.red() > 240 && c.green() > 240 && c.blue() > 240; }
-
-// Pixels of the image inside a rectangle of twips that are not white (or
-// that pass the test given).
-int inkIn(const QImage& img, const QRect& twips, std::function<bool(const QColor&)> test = {})
-{
-    const QRect area(px(twips.topLeft()), px(twips.bottomRight()));
-    int n = 0;
-    for (int y = std::max(0, area.top()); y <= std::min(img.height() - 1, area.bottom()); ++y)
-        for (int x = std::max(0, area.left()); x <= std::min(img.width() - 1, area.right()); ++x)
-            if (test ? test(img.pixelColor(x, y)) : !isWhite(img.pixelColor(x, y))) ++n;
-    return n;
-}
-
-}  // namespace
 
 class TestSheetObjects : public QObject {
     Q_OBJECT
-    FakeServices* fake = nullptr;
+    std::unique_ptr<SheetGui> gui;
     MainWindow* w = nullptr;
     QTemporaryDir tmp;
-    std::deque<TextAnswer> textAnswers;
-    QList<TextCall> textCalls;
-    std::deque<QString> pictureAnswers;
-    int pictureCalls = 0;
-    QStringList popups;
 
-    QString picture(const QString& name, QSize size, QColor colour)
-    {
-        const QString path = tmp.filePath(name);
-        QImage img(size, QImage::Format_RGB32);
-        img.fill(colour);
-        img.save(path);
-        return path;
-    }
-    jk::TextRecord block(int sheet, const QString& text, QRect twips, int border = 0)
-    {
-        jk::TextRecord r;
-        r.sheet = jk::i16(sheet);
-        r.text = text;
-        r.style.fontName = "Arial";
-        r.style.fontSize = 10;
-        r.style.borderStyle = jk::i16(border);
-        r.style.left = jk::i16(twips.left());
-        r.style.top = jk::i16(twips.top());
-        r.style.width = jk::i16(twips.width());
-        r.style.height = jk::i16(twips.height());
-        return r;
-    }
-    int placePicture(int sheet, const QString& file, QRect twips)
-    {
-        jk::PictureRecord r;
-        r.sheet = jk::i16(sheet);
-        r.file = file;
-        r.left = jk::i16(twips.left());
-        r.top = jk::i16(twips.top());
-        r.width = jk::i16(twips.width());
-        r.height = jk::i16(twips.height());
-        return G().pictures.append(r);
-    }
-    void click(SheetWindow* s, QPoint twips)
-    {
-        QTest::mouseClick(s->canvas(), Qt::LeftButton, {}, px(twips));
-    }
-    bool on(const char* name) const
-    {
-        if (QAction* a = w->action(name)) return a->isEnabled();
-        return w->button(name)->isEnabled();
-    }
-    QImage shot(SheetWindow* s) { return sh::renderImage(s->formatCode(), sh::kScreenDpi, s->renderOptions()); }
+    jk::Project& doc() { return gui->project(); }
+    jk::Selection& sel() { return w->editor().selection; }
+    QColor at(SheetWindow* s, QPoint twips) { return gui->shot(s).pixelColor(px(twips)); }
+    QString picture(const QString& name, QSize size, QColor colour) { return pictureFile(tmp.filePath(name), size, colour); }
+    static std::optional<PictureChoice> file(const QString& f) { return PictureChoice{f, {}}; }
 
 private Q_SLOTS:
     void init()
     {
-        jk::resetGlobal();
-        G().createTables(jk::TableSizing::NewProject);
-        G().texts.formatNames = {"Simple", "Double", "Paper jacket", "CD ROM", "Inside"};
-        G().texts.fitCaptions = {"Strech to fit", "Actual size"};
-        G().texts.messages[27] = "Jewelcase Studio";
-        G().texts.messages[40] = "The picture editor could not be started.";
-        sh::clearPictureCache();
-        fake = new FakeServices;
-        fake->install();
-        textAnswers.clear();
-        textCalls.clear();
-        pictureAnswers.clear();
-        pictureCalls = 0;
-        popups.clear();
-        SheetWindow::textDialog = [this] {
-            textCalls.append({G().pendingText, G().spineTextMode, G().currentBlock, G().alignmentChoice});
-            TextAnswer a = textAnswers.empty() ? TextAnswer{{}, false} : textAnswers.front();
-            if (!textAnswers.empty()) textAnswers.pop_front();
-            if (a.format && !G().spineTextMode) {
-                auto& table = G().pageRequest == 1 ? G().freeText : G().pageText;
-                a.format(table.at(G().currentBlock));
-            }
-            if (a.alignment >= 0) G().alignmentChoice = a.alignment;
-            G().textAccepted = (a.ok);
-            G().pendingText = a.ok ? a.text : G().spineText;
-        };
-        SheetWindow::pictureDialog = [this] {
-            ++pictureCalls;
-            G().chosenPictureFile = pictureAnswers.empty() ? QString() : pictureAnswers.front();
-            if (!pictureAnswers.empty()) pictureAnswers.pop_front();
-        };
-        SheetWindow::showPopup = [this](QMenu* m, const QPoint&) { popups << m->objectName(); };
-        w = new MainWindow;
-        w->resize(1200, 900);
-        w->show();
+        gui = std::make_unique<SheetGui>();
+        w = gui->w.get();
     }
-    void cleanup()
-    {
-        delete w;
-        w = nullptr;
-        SheetWindow::textDialog = nullptr;
-        SheetWindow::pictureDialog = nullptr;
-        SheetWindow::showPopup = nullptr;
-        SheetWindow::mayClose = false;
-        delete fake;
-        fake = nullptr;
-    }
+    void cleanup() { gui.reset(); }
 
     void newTextBlocksTakeTheNextSlotWithTheDefaults()
     {
         w->addSimpleSheet();
         SheetWindow* s = w->activeSheet();
-        textAnswers = {{"Hello"}, {"Second"}, {"Third"}};
+        gui->dialogs.texts = {textOk("Hello"), textOk("Second"), textOk("Third")};
         w->button("SSCommand12")->click();
-        // The block really draws in the default colour (80008: red 0x88,
-        // green 0x38, blue 0x01), and nothing lies right of it.
-        const jk::TextStyle& first = G().freeText.at(1).style;
-        QImage img = shot(s);
-        auto defaultInk = [](const QColor& c) { return c.red() > 100 && c.green() < 80 && c.blue() < 30; };
-        QVERIFY(inkIn(img, {15, 15, first.width, first.height}, defaultInk) > 10);
-        QCOMPARE(inkIn(img, {first.width, 15, 1500, first.height}), 0);
-        for (int i = 0; i < 2; ++i) w->button("SSCommand12")->click();
-        QCOMPARE(textCalls.size(), 3);
-        QCOMPARE(textCalls[0].pendingText, QString());
-        QCOMPARE(textCalls[1].block, 2);
-        QCOMPARE(textCalls[0].spineMode, false);
-        QCOMPARE(G().freeText.count(), 3);
 
-        const jk::TextRecord& r = G().freeText.at(1);
+        // No font chosen: the label's defaults, at the corner, sized to the
+        // text in whole pixels.
+        const jk::TextRecord& r = doc().freeText().at(1);
         QCOMPARE(r.sheet, 1);
         QCOMPARE(r.text, QStringLiteral("Hello"));
         QCOMPARE(r.style.fontName, QStringLiteral("Ms Sans Serif"));
         QCOMPARE(r.style.fontSize, 10);
-        QCOMPARE(r.style.bold, true);
-        QCOMPARE(r.style.italic, 0);
+        QVERIFY(r.style.bold && !r.style.italic);
         QCOMPARE(r.style.foreColor, 80008);
-        QCOMPARE(r.style.backStyle, 0);
-        QCOMPARE(r.style.borderStyle, 0);
+        QVERIFY(r.style.backStyle == 0 && r.style.borderStyle == 0);
         QCOMPARE(QPoint(r.style.left, r.style.top), QPoint(0, 0));
-        // Sized to its text in whole pixels: the text fits on one line with
-        // less than a pixel to spare, and 9.75 points are 13 pixels.
         const QFontMetricsF fm(sh::textFont(r.style));
-        QCOMPARE(sh::textFont(r.style).pixelSize(), 195);
         const double advance = fm.horizontalAdvance("Hello");
         QVERIFY(r.style.width > advance && r.style.width <= advance + 15);
         QCOMPARE(r.style.width % 15, 0);
         QCOMPARE(r.style.height, qCeil(fm.height() / 15) * 15);
-        QCOMPARE(G().projectModified, true);
+        QVERIFY(doc().isModified());
+        // It draws in that colour (80008: red 0x88, green 0x38, blue 0x01),
+        // and nothing lies right of it.
+        const QImage img = gui->shot(s);
+        auto defaultInk = [](const QColor& c) { return c.red() > 100 && c.green() < 80 && c.blue() < 30; };
+        QVERIFY(inkIn(img, {15, 15, r.style.width, r.style.height}, defaultInk) > 10);
+        QCOMPARE(inkIn(img, {r.style.width, 15, 1500, r.style.height}), 0);
 
-        // Delete block 2 (select it by a click first): the next gets 4.
-        G().selectedIndex = 2;
-        G().selectedKind = 0;
-        G().blockSelector = 1;
+        // Slots are never reused; a cancelled dialog still takes one.
+        for (int i = 0; i < 2; ++i) w->button("SSCommand12")->click();
+        QCOMPARE(doc().freeText().count(), 3);
+        sel().object = {ObjKind::Text, 2};
         w->action("DelOBJ")->trigger();
-        QVERIFY(G().freeText.at(2).isFree());
-        textAnswers = {{"Fourth"}};
+        QVERIFY(doc().freeText().at(2).isFree());
+        gui->dialogs.texts = {textOk("Fourth")};
         w->action("Insertext")->trigger();
-        QCOMPARE(G().freeText.count(), 4);
-        QCOMPARE(G().freeText.at(4).text, QStringLiteral("Fourth"));
-        // A cancelled dialog still takes its slot, and creates nothing.
-        textAnswers = {{"never", false}};
+        QCOMPARE(doc().freeText().at(4).text, QStringLiteral("Fourth"));
         w->action("Insertext")->trigger();
-        QCOMPARE(G().freeText.count(), 5);
-        QVERIFY(G().freeText.at(5).isFree());
+        QCOMPARE(doc().freeText().count(), 5);
+        QVERIFY(doc().freeText().at(5).isFree());
         const std::vector<ObjectRef> shown{{ObjKind::Text, 1}, {ObjKind::Text, 3}, {ObjKind::Text, 4}};
         QCOMPARE(s->stackingOrder(), shown);
 
-        // Formatting chosen in the dialog stays, and sizes the block.
-        textAnswers = {{"Big", true, [](jk::TextRecord& rec) {
-                            rec.style.fontName = "Arial";
-                            rec.style.fontSize = 24;
-                            rec.style.italic = true;
-                            rec.style.foreColor = 0xff0000;  // blue
-                            rec.style.backStyle = 1;
-                            rec.style.backColor = 0x00ffff;  // yellow
-                            rec.style.borderStyle = 1;
-                        }, 2}};
+        // Formatting chosen in the dialog stays and sizes the block.
+        TextEditResult big = textOk("Big");  // blue on yellow, with a border
+        big.style = {.fontName = "Arial", .fontSize = 24, .foreColor = 0xff0000, .backStyle = 1, .borderStyle = 1,
+                     .backColor = 0x00ffff, .alignment = 2};
+        gui->dialogs.texts = {big};
         w->action("Insertext")->trigger();
-        const jk::TextRecord& big = G().freeText.at(6);
-        QCOMPARE(big.style.fontName, QStringLiteral("Arial"));
-        QCOMPARE(big.style.alignment, 2);
-        QCOMPARE(big.style.backStyle, 1);
-        QCOMPARE(big.style.borderStyle, 1);
-        QVERIFY(big.style.height >= 32 * 15);  // 24 points are 32 pixels
-        img = shot(s);
-        QCOMPARE(at(img, {big.style.width - 30, 30}), QColor(Qt::yellow));
-        QCOMPARE(at(img, {big.style.width - 1, big.style.height / 2}), QColor(Qt::black));  // its border
+        const jk::TextStyle& b = doc().freeText().at(6).style;
+        QCOMPARE(b.fontName, QStringLiteral("Arial"));
+        QCOMPARE(b.alignment, 2);
+        QVERIFY(b.height >= 32 * 15);  // 24 points are 32 pixels
+        QCOMPARE(at(s, {b.width - 30, 30}), QColor(Qt::yellow));
+        QCOMPARE(at(s, {b.width - 1, b.height / 2}), QColor(Qt::black));  // its border
 
-        // The booklet's text page takes text-page blocks.
+        // The booklet's text page takes text-page blocks; the page's top
+        // lies 120 twips above the canvas, and so does the block's.
         w->addBookletSheet();
         w->button("SSCommand2")->click();
-        textAnswers = {{"On the page"}};
+        gui->dialogs.texts = {textOk("On the page")};
         w->action("Insertext")->trigger();
-        QCOMPARE(G().pageText.count(), 1);
-        QCOMPARE(G().pageText.at(1).sheet, 2);
-        QCOMPARE(G().freeText.count(), 6);
-        // Its top lies 120 twips above the canvas, like the page itself.
-        QVERIFY(inkIn(shot(w->sheetOf(2)), QRect(30, 15, G().pageText.at(1).style.width - 30, 60)) > 0);
+        QCOMPARE(doc().pageText().at(1).sheet, 2);
+        QCOMPARE(doc().freeText().count(), 6);
+        QVERIFY(inkIn(gui->shot(w->sheetOf(2)), QRect(30, 15, doc().pageText().at(1).style.width - 30, 60)) > 0);
     }
 
-    void restoringKeepsIndexesAndOwnRecordsOnly()
+    void editingATextBlock()
     {
-        const QString blue = picture("blue.png", {20, 20}, Qt::blue);
-        const QString green = picture("green.png", {20, 20}, Qt::green);
-        G().freeText.append(block(8, "Disc title", {1500, 1500, 2000, 400}));
-        G().freeText.append(block(4, "Inlay text", {1500, 2500, 2000, 400}));
-        G().freeText.append(jk::TextRecord{});  // deleted
-        G().freeText.append(block(8, "Fourth", {1500, 3000, 2000, 400}));
-        placePicture(4, green, {3000, 3000, 1500, 1500});  // the inlay's
-        placePicture(8, blue, {4500, 4500, 1500, 1500});
-        jk::CharFieldRecord c;
-        c.sheet = 8;
-        c.text = "ABC";
-        c.style = block(8, "", {1500, 4000, 1500, 400}).style;
-        G().charFields.append(c);
-        jk::NumFieldRecord n;
-        n.sheet = 8;
-        n.digits = 3;
-        n.number = 7;
-        n.style = block(8, "", {1500, 5000, 1500, 400}).style;
-        G().numFields.append(n);
-        G().backgrounds[8] = {"~255"};
+        doc().addText(false, textAt(1, "Old", {600, 600, 1500, 300}));
+        w->addSimpleSheet();
+        click(w->activeSheet(), {700, 700});
+        TextEditResult edit = textOk("New text");
+        edit.style = doc().freeText().at(1).style;
+        edit.style.fontName = "Courier New";
+        edit.style.alignment = 1;
+        gui->dialogs.texts = {edit};
+        w->action("EditObj")->trigger();
+        QCOMPARE(gui->dialogs.textRequests.last().text, QStringLiteral("Old"));
+        QCOMPARE(gui->dialogs.textRequests.last().style.fontName, QStringLiteral("Arial"));
+        const jk::TextRecord& r = doc().freeText().at(1);
+        QCOMPARE(r.text, QStringLiteral("New text"));
+        QCOMPARE(r.style.fontName, QStringLiteral("Courier New"));
+        QCOMPARE(r.style.alignment, 1);
+        QCOMPARE(r.style.width, 1500);  // keeps its size
 
-        w->addDiscSheet();
-        SheetWindow* cd = w->sheetOf(8);
-        const std::vector<ObjectRef> order{{ObjKind::Picture, 2}, {ObjKind::Text, 1}, {ObjKind::Text, 4},
-                                           {ObjKind::CharField, 1}, {ObjKind::NumField, 1}};
-        QCOMPARE(cd->stackingOrder(), order);
-        QCOMPARE(sh::shownText({ObjKind::NumField, 1}), QStringLiteral("007"));
-
-        const QImage img = shot(cd);
-        QCOMPARE(at(img, {100, 100}), QColor(Qt::red));            // "~255" is red
-        QCOMPARE(at(img, {5000, 5000}), QColor(Qt::blue));         // its picture
-        QCOMPARE(at(img, {3500, 3500}), QColor(Qt::red));          // never the inlay's
-        for (int y = 0; y < img.height(); ++y)
-            for (int x = 0; x < img.width(); ++x) QVERIFY(img.pixelColor(x, y) != QColor(Qt::green));
-        // Text blocks and both fields draw their texts.
-        for (int top : {1500, 3000, 4000, 5000}) {
-            int dark = 0;
-            for (int y = top / 15; y < top / 15 + 20; ++y)
-                for (int x = 100; x < 200; ++x) dark += qGray(img.pixel(x, y)) < 60;
-            QVERIFY2(dark > 10, qPrintable(QString::number(top)));
-        }
-        // The inlay shows its own records.
-        w->addInlaySheet();
-        QCOMPARE(at(shot(w->sheetOf(4)), {3500, 3500}), QColor(Qt::green));
+        // Cancel keeps a font change but neither the text nor the alignment.
+        TextEditResult cancel{.text = "Lost", .style = r.style};
+        cancel.style.fontSize = 20;
+        cancel.style.alignment = 2;
+        gui->dialogs.texts = {cancel};
+        w->action("EditObj")->trigger();
+        QCOMPARE(r.text, QStringLiteral("New text"));
+        QCOMPARE(r.style.fontSize, 20);
+        QCOMPARE(r.style.alignment, 1);
     }
 
     void pressesMarkAndOfferTheMenus()
     {
-        const QString red = picture("red.png", {100, 100}, Qt::red);  // 1500 twips at actual size
-        G().freeText.append(block(1, "Block", {1500, 1500, 1500, 600}));
-        placePicture(1, red, {2250, 1500, 1500, 1500});  // overlaps the block's right half
-        jk::CharFieldRecord c;
-        c.sheet = 1;
-        c.text = "Name";
-        c.style = block(1, "", {300, 4500, 900, 300}).style;
-        G().charFields.append(c);
-        jk::NumFieldRecord n;
-        n.sheet = 1;
-        n.digits = 2;
-        n.number = 5;
-        n.spineLink = 0;
-        n.style = block(1, "", {300, 5400, 900, 300}).style;
-        G().numFields.append(n);
+        doc().addNumField(numAt(1, 2, 5, false, {300, 5400, 900, 300}));
+        doc().addCharField(charAt(1, {}, "Name", {300, 4500, 900, 300}));
+        doc().addText(false, textAt(1, "Block", {1500, 1500, 1500, 600}));
+        // At actual size, 100 pixels are 1500 twips; it overlaps the block's right half.
+        jk::PictureRecord p = pictureAt(1, picture("red.png", {100, 100}, Qt::red), {2250, 1500, 1500, 1500});
+        p.displayMode = 2;
+        doc().addPicture(p);
         w->addSimpleSheet();
         SheetWindow* s = w->activeSheet();
         const ObjectRef text{ObjKind::Text, 1}, pic{ObjKind::Picture, 1};
+        // Restored in the order pictures, blocks, character and numeric fields.
+        const std::vector<ObjectRef> restored{pic, text, {ObjKind::CharField, 1}, {ObjKind::NumField, 1}};
+        QCOMPARE(s->stackingOrder(), restored);
 
-        // The block was restored after the picture: it is in front.
-        G().projectModified = false;
+        doc().setModified(false);
         click(s, {2700, 1800});
-        QCOMPARE(popups, QStringList{"PoPlace"});
-        QCOMPARE(G().selectedKind, 0);
-        QCOMPARE(G().selectedIndex, 1);
-        QCOMPARE(G().fieldSubKind, 3);
-        QCOMPARE(G().marked, true);
+        QCOMPARE(gui->popups.shown, QStringList{"PoPlace"});
+        QCOMPARE(sel().object, text);
+        QVERIFY(sel().marked);
         QCOMPARE(s->shownBorder(text), 1);
-        QCOMPARE(G().projectModified, true);
-        QVERIFY(on("Medit") && on("copyobj") && on("Cutobj") && on("BTF") && on("CHGOrder") && on("ClipCopy"));
-        QVERIFY(!on("Pasteobj"));
-        QCOMPARE(at(shot(s), {1500, 1700}), QColor(Qt::black));  // the mark
+        QVERIFY(doc().isModified());
+        QVERIFY(gui->enabled("copyobj") && gui->enabled("BTF") && !gui->enabled("Pasteobj"));
+        QCOMPARE(at(s, {1500, 1700}), QColor(Qt::black));  // the mark
 
-        // Move mode, then the second click unmarks and ends it.
+        // Move mode; a second click unmarks and ends it, without a menu.
         w->action("MoveObj")->trigger();
-        QVERIFY(G().moveMode && !G().resizeMode);
-        QCOMPARE(G().textDestination, 1);
+        QVERIFY(sel().moveMode && !sel().resizeMode);
         click(s, {1800, 1800});
-        QCOMPARE(popups.size(), 1);
-        QCOMPARE(G().marked, false);
-        QVERIFY(!G().moveMode && !G().resizeMode);
+        QCOMPARE(gui->popups.shown.size(), 1);
+        QVERIFY(!sel().marked && !sel().moveMode);
         QCOMPARE(s->shownBorder(text), 0);
 
-        // The picture's own part: its menu, its mark, the fit caption.
-        G().pictures.at(1).displayMode = 2;
+        // The picture: its menu, its mark, the fit caption of its mode.
         click(s, {3500, 2800});
-        QCOMPARE(popups.last(), QStringLiteral("Piplace"));
-        QCOMPARE(G().selectedKind, 1);
+        QCOMPARE(gui->popups.shown.last(), QStringLiteral("Piplace"));
+        QCOMPARE(sel().object, pic);
         QCOMPARE(s->shownBorder(pic), 1);
         QCOMPARE(w->action("PicView")->text(), QStringLiteral("Actual size"));
-        G().pictures.at(1).displayMode = 1;
-        // Bring it to front: the overlap now belongs to the picture.
+        // In front, the overlap belongs to the picture; a press on a marked
+        // picture unmarks it.
         w->button("BTF")->click();
         QCOMPARE(s->stackingOrder().back(), pic);
-        click(s, {2700, 1800});  // picture, marked already: unmarks it
-        QCOMPARE(G().selectedKind, 1);
+        click(s, {2700, 1800});
+        QCOMPARE(sel().object, pic);
         QCOMPARE(s->shownBorder(pic), 0);
-        QCOMPARE(at(shot(s), {2700, 1800}), QColor(Qt::red));
+        QCOMPARE(at(s, {2700, 1800}), QColor(Qt::red));
         w->action("MSTB")->trigger();
         QCOMPARE(s->stackingOrder().front(), pic);
         click(s, {2700, 1800});
-        QCOMPARE(G().selectedKind, 0);
+        QCOMPARE(sel().object, text);
 
-        // Fields: their menus; bring-to-front leaves them where they are.
+        // A field: its menu; stacking leaves fields where they are.
         click(s, {600, 4600});
-        QCOMPARE(popups.last(), QStringLiteral("AAction"));
-        QCOMPARE(G().selectedKind, 2);
-        QCOMPARE(G().fieldSubKind, 1);
+        QCOMPARE(gui->popups.shown.last(), QStringLiteral("AAction"));
+        QCOMPARE(sel().object, (ObjectRef{ObjKind::CharField, 1}));
         const auto before = s->stackingOrder();
         w->action("MBTF")->trigger();
         QCOMPARE(s->stackingOrder(), before);
         w->action("AADelete")->trigger();
-        QVERIFY(G().charFields.at(1).isFree());
-        click(s, {600, 5500});
-        QCOMPARE(popups.last(), QStringLiteral("Naction"));
-        QCOMPARE(G().fieldSubKind, 2);
-        w->action("Nmove")->trigger();
-        QVERIFY(G().moveMode);
-        w->action("NDelete")->trigger();
-        QVERIFY(G().numFields.at(1).isFree());
-        QVERIFY(!G().moveMode);
+        QVERIFY(doc().charFields().at(1).isFree());
 
         // A press on the bare canvas leaves nothing to copy or cut.
         click(s, {6000, 6000});
-        QVERIFY(!on("copyobj") && !on("ClipCopy") && !on("Cutobj") && !on("clipcut"));
-        QCOMPARE(popups, QStringList({"PoPlace", "Piplace", "PoPlace", "AAction", "Naction"}));
-    }
-
-    void deselectionReachesOnlyTheFirstFifty()
-    {
-        for (int i = 1; i <= 55; ++i) {
-            const int border = (i == 3 || i == 52) ? 1 : 0;
-            G().freeText.append(block(1, QString("B%1").arg(i), {(i % 5) * 1200 + 150, (i / 5) * 600 + 150, 900, 300}, border));
-        }
-        w->addSimpleSheet();
-        SheetWindow* s = w->activeSheet();
-        const ObjectRef b3{ObjKind::Text, 3}, b52{ObjKind::Text, 52}, b54{ObjKind::Text, 54};
-        QCOMPARE(s->shownBorder(b3), 1);  // restored as stored
-        auto centre = [](int i) { return QPoint((i % 5) * 1200 + 600, (i / 5) * 600 + 300); };
-
-        click(s, centre(54));  // marks 54 (above 50)
-        QCOMPARE(s->shownBorder(b54), 1);
-        QCOMPARE(s->shownBorder(b3), 0);  // the stored border is no longer shown
-        QCOMPARE(G().freeText.at(3).style.borderStyle, 1);
-        click(s, centre(7));
-        QCOMPARE(G().selectedIndex, 7);
-        QCOMPARE(s->shownBorder(b54), 1);  // keeps the mark it shows
-        QCOMPARE(s->shownBorder(b52), 1);  // keeps its stored border
-        QCOMPARE(s->shownBorder({ObjKind::Text, 7}), 1);
-        const QImage img = shot(s);
-        QCOMPARE(at(img, centre(54) - QPoint(450, 150)), QColor(Qt::black));
-        QVERIFY(isWhite(at(img, centre(3) - QPoint(450, 150))));
+        QVERIFY(!gui->enabled("copyobj") && !gui->enabled("ClipCopy") && !gui->enabled("Cutobj"));
+        QCOMPARE(gui->popups.shown, QStringList({"PoPlace", "Piplace", "PoPlace", "AAction"}));
     }
 
     void stepsFollowTheBounds()
     {
-        G().freeText.append(block(1, "Nudge", {30, 600, 60, 300}));
-        G().freeText.append(block(1, "Narrow", {3000, 3000, 40, 300}));
+        doc().addText(false, textAt(1, "Nudge", {30, 600, 60, 300}));
+        doc().addText(false, textAt(1, "Narrow", {3000, 3000, 40, 300}));
         w->addSimpleSheet();
         SheetWindow* s = w->activeSheet();
-        const jk::TextStyle& a = G().freeText.at(1).style;
-        const jk::TextStyle& b = G().freeText.at(2).style;
-        QCOMPARE(G().nudgeStep, 40);
+        const jk::TextStyle& a = doc().freeText().at(1).style;
+        const jk::TextStyle& b = doc().freeText().at(2).style;
 
-        G().selectedIndex = 1;
-        G().selectedKind = 0;
+        // A move stops once past the edge.
+        sel().object = {ObjKind::Text, 1};
         w->action("MoveObj")->trigger();
-        G().projectModified = false;
+        doc().setModified(false);
         w->button("SSCommand7")->click();
         QCOMPARE(a.left, -10);
-        QCOMPARE(G().projectModified, true);
+        QVERIFY(doc().isModified());
         w->button("SSCommand7")->click();
-        QCOMPARE(a.left, -10);  // no step left of the edge
+        QCOMPARE(a.left, -10);
         w->button("RD")->click();
         QCOMPARE(QPoint(a.left, a.top), QPoint(30, 640));
         w->button("LU")->click();
@@ -442,18 +224,17 @@ private Q_SLOTS:
         QCOMPARE(a.top, 560);
         QCOMPARE(a.width, 60);  // moving never resizes
 
+        // A resize stops at one step; a size not above one step stays.
         w->action("resObj")->trigger();
-        QVERIFY(G().resizeMode && !G().moveMode);
         w->button("SSCommand7")->click();
         QCOMPARE(a.width, 20);
         w->button("SSCommand7")->click();
         QCOMPARE(a.width, 20);
         w->button("RD")->click();
-        QCOMPARE(QSize(a.width, a.height), QSize(60, 340));
-        QCOMPARE(QPoint(a.left, a.top), QPoint(-10, 560));
-        G().selectedIndex = 2;
+        QCOMPARE(QRect(a.left, a.top, a.width, a.height), QRect(-10, 560, 60, 340));
+        sel().object.index = 2;
         w->button("SSCommand7")->click();
-        QCOMPARE(b.width, 40);  // not above one step: stays
+        QCOMPARE(b.width, 40);
         w->button("SSCommand5")->click();
         QCOMPARE(b.height, 340);
 
@@ -461,38 +242,37 @@ private Q_SLOTS:
         w->stepChanged("100");
         w->button("SSCommand6")->click();
         QCOMPARE(b.width, 140);
-        G().freeText.at(2).text.clear();
+        doc().remove({ObjKind::Text, 2});
         w->button("SSCommand6")->click();
         QCOMPARE(b.width, 140);
 
-        // A picture steps the same way, recorded in its record.
-        const int p = placePicture(1, picture("p.png", {10, 10}, Qt::red), {600, 600, 300, 300});
+        // A picture steps the same way.
+        const int p = doc().addPicture(pictureAt(1, picture("p.png", {10, 10}, Qt::red), {600, 600, 300, 300}));
         s->restoreObjects();
         click(s, {750, 750});
-        QCOMPARE(G().selectedKind, 1);
+        QCOMPARE(sel().object, (ObjectRef{ObjKind::Picture, p}));
         w->action("PicMove")->trigger();
         w->button("RD")->click();
-        QCOMPARE(QPoint(G().pictures.at(p).left, G().pictures.at(p).top), QPoint(700, 700));
+        QCOMPARE(QPoint(doc().pictures().at(p).left, doc().pictures().at(p).top), QPoint(700, 700));
     }
 
     void fullTablesRefuseNewObjects()
     {
         w->addSimpleSheet();
-        G().freeText.setCount(100);
+        // The last free slot is still taken; then a clear refusal, no dialog.
+        while (doc().freeText().count() < doc().freeText().capacity() - 1) doc().addText(false, {});
+        gui->dialogs.texts = {textOk("Last")};
         w->action("Insertext")->trigger();
-        QCOMPARE(textCalls.size(), 0);
-        QCOMPARE(G().freeText.count(), 100);
-        QCOMPARE(fake->messages.calls.size(), 1);
-        QVERIFY(fake->messages.calls[0].text.contains("100"));
-        QCOMPARE(fake->messages.calls[0].icon, jk::platform::Icon::Warning);
+        QCOMPARE(doc().freeText().at(100).text, QStringLiteral("Last"));
+        w->action("Insertext")->trigger();
+        QCOMPARE(gui->dialogs.textRequests.size(), 1);
+        QCOMPARE(gui->fake->messages.calls.size(), 1);
+        QVERIFY(gui->fake->messages.calls[0].text.contains("100"));
+        QCOMPARE(gui->fake->messages.calls[0].icon, jk::platform::Icon::Warning);
 
-        G().pictures.setCount(50);
-        pictureAnswers = {picture("x.png", {5, 5}, Qt::red)};
+        while (!doc().pictures().full()) doc().addPicture({});
         w->button("SSCommand13")->click();
-        QCOMPARE(pictureCalls, 0);
-        QCOMPARE(G().pictures.count(), 50);
-        QCOMPARE(fake->messages.calls.size(), 2);
-        QVERIFY(fake->messages.calls[1].text.contains("50"));
+        QVERIFY(gui->dialogs.pictureRequests.isEmpty() && gui->fake->messages.calls.size() == 2);
     }
 
     void picturesAndBackgrounds()
@@ -502,149 +282,101 @@ private Q_SLOTS:
         const QString small = picture("small.png", {40, 30}, Qt::blue);
         const QString big = picture("big.png", {1000, 1000}, Qt::green);
 
-        pictureAnswers = {small};
+        // A picture comes at its own size, one pixel to 15 twips.
+        gui->dialogs.pictures = {file(small), file(big)};
         w->action("InsertPic")->trigger();
-        QCOMPARE(G().pictureDialogPurpose, 1);
-        QCOMPARE(G().pictures.count(), 1);
-        const jk::PictureRecord& p1 = G().pictures.at(1);
+        QCOMPARE(gui->dialogs.pictureRequests, QList<PicturePurpose>{PicturePurpose::Picture});
+        const jk::PictureRecord& p1 = doc().pictures().at(1);
         QCOMPARE(p1.file, small);
-        QCOMPARE(p1.sheet, 1);
         QCOMPARE(QRect(p1.left, p1.top, p1.width, p1.height), QRect(0, 0, 600, 450));
         QCOMPARE(p1.displayMode, 1);
-        QCOMPARE(at(shot(s), {300, 200}), QColor(Qt::blue));
-
-        // A large picture is fitted into the canvas.
-        pictureAnswers = {big};
+        QCOMPARE(at(s, {300, 200}), QColor(Qt::blue));
+        // A large one is fitted into the canvas; Cancel takes no slot.
         w->button("SSCommand13")->click();
-        const jk::PictureRecord& p2 = G().pictures.at(2);
+        const jk::PictureRecord& p2 = doc().pictures().at(2);
         QCOMPARE(p2.width, p2.height);
         QVERIFY(p2.height <= 6775 && p2.height > 6700);
-        // Cancelled: nothing, and no slot taken.
         w->action("InsertPic")->trigger();
-        QCOMPARE(G().pictures.count(), 2);
+        QCOMPARE(doc().pictures().count(), 2);
 
-        // An unreadable file is still an object, shown as missing on
-        // screen, not drawn in output, and read only once.
+        // An unreadable file is still an object: an inch square shown as
+        // missing on screen, not drawn in output, and read only once.
         const QString empty = tmp.filePath("empty.jpg");
-        QFile(empty).open(QIODevice::WriteOnly);
-        pictureAnswers = {empty};
-        const int before = sh::pictureDecodeCount();
+        QVERIFY(writeFile(empty, {}));
+        gui->dialogs.pictures = {file(empty)};
+        const int decoded = sh::pictureDecodeCount();
         w->action("InsertPic")->trigger();
-        const jk::PictureRecord& p3 = G().pictures.at(3);
+        const jk::PictureRecord& p3 = doc().pictures().at(3);
         QCOMPARE(QSize(p3.width, p3.height), QSize(1440, 1440));
-        QCOMPARE(at(shot(s), {720, 200}), QColor(235, 235, 235));
-        shot(s);
-        QCOMPARE(sh::pictureDecodeCount(), before + 1);
-        QVERIFY(at(sh::renderImage(1, 96), {1000, 1400}) != QColor(235, 235, 235));
-
-        // Delete the missing one through its menu.
+        QCOMPARE(at(s, {720, 200}), QColor(235, 235, 235));
+        gui->shot(s);
+        QCOMPARE(sh::pictureDecodeCount(), decoded + 1);
+        QVERIFY(sh::renderImage(doc(), 1, 96).pixelColor(px({1000, 1400})) != QColor(235, 235, 235));
         click(s, {1000, 1400});
-        QCOMPARE(G().selectedIndex, 3);
+        QCOMPARE(sel().object, (ObjectRef{ObjKind::Picture, 3}));
         w->action("DelPic")->trigger();
-        QVERIFY(G().pictures.at(3).isFree());
+        QVERIFY(doc().pictures().at(3).isFree());
 
-        // Change the small one, which the big one covers until sent back:
-        // the new file takes its place and size.
-        click(s, {100, 100});
-        QCOMPARE(G().selectedIndex, 2);
-        w->button("CHGOrder")->click();
-        click(s, {100, 100});
-        QCOMPARE(G().selectedIndex, 1);
-        pictureAnswers = {big};
+        // Another file takes the place and size of the old one.
+        sel().object = {ObjKind::Picture, 1};
+        gui->dialogs.pictures = {file(big)};
         w->action("PicChg")->trigger();
-        QCOMPARE(G().pictures.at(1).file, big);
-        QCOMPARE(G().pictures.at(1).width, 600);
-        QCOMPARE(G().pictureChangeRequest, false);
+        QCOMPARE(doc().pictures().at(1).file, big);
+        QCOMPARE(doc().pictures().at(1).width, 600);
 
         // The external editor gets the file; a failure is reported.
-        G().picturesEditor = "/opt/paint/bin/paint";
-        fake->programs.existing << G().picturesEditor;
+        jk::appSetup().settings.picturesEditor = "/opt/paint/bin/paint";
+        gui->fake->programs.existing << "/opt/paint/bin/paint";
         w->action("Picedit")->setEnabled(true);  // as the settings reader does
         w->action("Picedit")->trigger();
-        QCOMPARE(fake->programs.started, QStringList{G().picturesEditor});
-        QCOMPARE(fake->programs.calls[0].args, QStringList{big});
-        fake->programs.failStart = true;
+        QCOMPARE(gui->fake->programs.started, QStringList{"/opt/paint/bin/paint"});
+        QCOMPARE(gui->fake->programs.calls[0].args, QStringList{big});
+        gui->fake->programs.failStart = true;
         w->action("Picedit")->trigger();
-        QCOMPARE(fake->messages.calls.size(), 1);
-        QCOMPARE(fake->messages.calls[0].text, G().texts.msg(jk::Msg::EditorNotStarted));
-        QCOMPARE(fake->messages.calls[0].icon, jk::platform::Icon::Information);
+        QCOMPARE(gui->fake->messages.calls.size(), 1);
+        QCOMPARE(gui->fake->messages.calls[0].icon, jk::platform::Icon::Information);
 
-        // A plain colour as background: "~255" is red; as a picture, a block.
-        pictureAnswers = {"~255", "~65280"};
+        // Plain colours: "~255" as the background is red; as a picture, a block.
+        gui->dialogs.pictures = {PictureChoice{{}, 255}, PictureChoice{{}, 65280}};
         w->button("SSCommand14")->click();
-        QCOMPARE(G().pictureDialogPurpose, 0);
-        QCOMPARE(G().backgrounds[1].text, QStringLiteral("~255"));
-        QCOMPARE(at(sh::renderImage(1, 96), {6900, 6700}), QColor(Qt::red));
+        QCOMPARE(gui->dialogs.pictureRequests.last(), PicturePurpose::Background);
+        QCOMPARE(doc().background(1).text, QStringLiteral("~255"));
+        QCOMPARE(sh::renderImage(doc(), 1, 96).pixelColor(px({6900, 6700})), QColor(Qt::red));
         w->action("InsertPic")->trigger();
-        QCOMPARE(at(shot(s), {700, 700}), QColor(Qt::green));
-    }
-
-    void picturesAreDecodedOnceAndScaledOnce()
-    {
-        const QString file = picture("photo.png", {800, 600}, Qt::darkCyan);
-        for (int i = 0; i < 4; ++i) placePicture(1, file, {i * 1500, 0, 1200, 900});
-        w->addSimpleSheet();
-        SheetWindow* s = w->activeSheet();
-        const int before = sh::pictureDecodeCount();
-        for (int i = 0; i < 3; ++i) {
-            shot(s);
-            s->canvas()->grab();
-        }
-        QCOMPARE(sh::pictureDecodeCount(), before + 1);
-        // The screen copy is the rectangle's size, not the file's.
-        QCOMPARE(sh::pictureAtSize(file, {80, 60}).size(), QSize(80, 60));
-        QCOMPARE(sh::pictureAtSize(file, {1600, 1200}).size(), QSize(800, 600));
-        QCOMPARE(sh::pictureDecodeCount(), before + 1);
+        QCOMPARE(at(s, {700, 700}), QColor(Qt::green));
     }
 
     void spineTextThroughTheDialog()
     {
-        G().spineFont.foreColor = 0xff0000;  // blue
-        G().spineFont.size = 12;
+        jk::SpineFont font;
+        font.foreColor = 0xff0000;  // blue
+        font.size = 12;
+        doc().setSpineFont(font);
         w->addInlaySheet();
         SheetWindow* s = w->activeSheet();
-        textAnswers = {{"GREATEST HITS"}};
-        G().projectModified = false;
+        TextEditResult answer = textOk("GREATEST HITS");
+        answer.spineFont = font;
+        gui->dialogs.texts = {answer};
+        doc().setModified(false);
         w->button("SSCommand15")->click();
-        QCOMPARE(textCalls.size(), 1);
-        QCOMPARE(textCalls[0].pendingText, QStringLiteral("ZILCH"));
-        QCOMPARE(textCalls[0].spineMode, true);
-        QCOMPARE(G().spineText, QStringLiteral("GREATEST HITS"));
-        QCOMPARE(G().fieldSubKind, 3);
-        QCOMPARE(G().projectModified, true);
-        QCOMPARE(G().spineTitle, QStringLiteral("GREATEST HITS  "));
-        QCOMPARE(s->spineCaption(), G().spineTitle);
+        QCOMPARE(gui->dialogs.textRequests[0].mode, TextEditRequest::Mode::Spine);
+        QCOMPARE(doc().spineText(), QStringLiteral("GREATEST HITS"));
+        QVERIFY(doc().isModified());
+        QCOMPARE(doc().spineTitle(), QStringLiteral("GREATEST HITS  "));
+        QCOMPARE(s->spineCaption(), doc().spineTitle());
+
+        // The left spine reads upward from near its bottom, the right one
+        // downward from its top.
+        const QImage img = gui->shot(s);
         auto blue = [](const QColor& c) { return c.blue() > 150 && c.red() < 110; };
-        QVERIFY(inkIn(shot(s), {0, 0, 320, 6600}, blue) > 20);
-        QVERIFY(inkIn(shot(s), {8180, 0, 320, 6600}, blue) > 20);
+        QVERIFY(inkIn(img, {0, 4200, 320, 2400}, blue) > 20);
+        QCOMPARE(inkIn(img, {0, 0, 320, 3600}, blue), 0);
+        QVERIFY(inkIn(img, {8180, 0, 320, 2400}, blue) > 20);
+        QCOMPARE(inkIn(img, {8180, 3000, 320, 3600}, blue), 0);
 
         // Cancel keeps the old text.
-        textAnswers = {{"ignored", false}};
         w->action("Txtfold")->trigger();
-        QCOMPARE(G().spineText, QStringLiteral("GREATEST HITS"));
-    }
-
-    void editingATextBlock()
-    {
-        G().freeText.append(block(1, "Old", {600, 600, 1500, 300}));
-        w->addSimpleSheet();
-        SheetWindow* s = w->activeSheet();
-        click(s, {700, 700});
-        textAnswers = {{"New text", true, [](jk::TextRecord& r) { r.style.fontName = "Courier New"; }, 1}};
-        w->action("EditObj")->trigger();
-        QCOMPARE(textCalls.last().pendingText, QStringLiteral("Old"));
-        QCOMPARE(textCalls.last().block, 1);
-        const jk::TextRecord& r = G().freeText.at(1);
-        QCOMPARE(r.text, QStringLiteral("New text"));
-        QCOMPARE(r.style.alignment, 1);
-        QCOMPARE(r.style.fontName, QStringLiteral("Courier New"));
-        QCOMPARE(r.style.width, 1500);  // keeps its size
-
-        // Cancel after a font change keeps the font, not the text.
-        textAnswers = {{"Lost", false, [](jk::TextRecord& rec) { rec.style.fontSize = 20; }}};
-        w->action("EditObj")->trigger();
-        QCOMPARE(r.text, QStringLiteral("New text"));
-        QCOMPARE(r.style.fontSize, 20);
+        QCOMPARE(doc().spineText(), QStringLiteral("GREATEST HITS"));
     }
 };
 

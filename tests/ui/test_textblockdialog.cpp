@@ -1,417 +1,255 @@
-#include "platform/FakeServices.h"
+// The text dialog: what it hands back after OK, Cancel and Escape, the
+// formatting that counts at once, the spine strip, and text files.
+#include "UiFixture.h"
 #include "ui/dialogs/TextBlockDialog.h"
-#include "model/Global.h"
-#include <QAction>
 #include <QCheckBox>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QMenu>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QRadioButton>
-#include <QTemporaryDir>
-#include <QTimer>
-#include <QtTest>
 
-using jk::G;
+using fixture::child;
+using Mode = TextEditRequest::Mode;
 
 namespace {
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& data)
-{
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(data) == data.size();
-}
-
 QColor base(const TextBlockDialog* d) { return d->textInput()->palette().color(QPalette::Base); }
 QColor ink(const TextBlockDialog* d) { return d->textInput()->palette().color(QPalette::Text); }
+void click(QWidget* d, const char* names) { fixture::clickAll(d, QString::fromLatin1(names)); }
 
 }  // namespace
 
-class TestTxtForm : public QObject {
+class TestTextBlockDialog : public QObject {
     Q_OBJECT
-    FakeServices* fake = nullptr;
-    TextBlockDialog* dlg = nullptr;
+    std::unique_ptr<fixture::Dialog<TextBlockDialog>> t;
     QTemporaryDir tmp;
 
-    TextBlockDialog* open()
-    {
-        delete dlg;
-        dlg = new TextBlockDialog;
-        dlg->show();
-        return dlg;
-    }
-    template <class T = QWidget>
-    T* child(const char* name)
-    {
-        T* w = dlg->findChild<T*>(name);
-        if (!w) qFatal("no control %s", name);
-        return w;
-    }
-    void click(const char* name) { QTest::mouseClick(child(name), Qt::LeftButton); }
-    // A block being inserted: slot 1 of the free text table, as yet empty.
-    jk::TextRecord& newBlock()
-    {
-        G().freeText.append(jk::TextRecord{});
-        G().currentBlock = 1;
-        return G().freeText.at(1);
-    }
+    void open(const TextEditRequest& r = {}) { t->open(r); }
+    TextBlockDialog* d() const { return t->dialog.get(); }
+    FakeServices* fake() const { return t->fake.get(); }
 
 private Q_SLOTS:
-    void init()
-    {
-        jk::resetGlobal();
-        G().createTables(jk::TableSizing::NewProject);
-        fake = new FakeServices;
-        fake->install();
-    }
-    void cleanup()
-    {
-        delete dlg;
-        dlg = nullptr;
-        delete fake;
-        fake = nullptr;
-    }
+    void init() { t = std::make_unique<fixture::Dialog<TextBlockDialog>>(); }
+    void cleanup() { t.reset(); }
 
-    void pendingTextInAndOut()
+    // Each row types into the dialog, then clicks the controls named.
+    void okCancelAndEscape_data()
     {
-        newBlock();
-        G().pendingText = "ZILCH";
-        open();
-        QCOMPARE(dlg->textInput()->toPlainText(), QString());
-        G().pendingText = "";
-        open();
-        QCOMPARE(dlg->textInput()->toPlainText(), QString());
-        G().pendingText = "Side A\nSide B";
-        open();
-        QCOMPARE(dlg->textInput()->toPlainText(), QString("Side A\nSide B"));
-
-        // Through the modal run: tabs become exactly eight spaces (no tab
-        // stops), and the alignment goes into the record as well.
-        G().pendingText = "ZILCH";
+        QTest::addColumn<bool>("spine");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("clicks");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("alignment");
+        // Tabs become exactly eight spaces (no tab stops).
+        QTest::newRow("block ok") << false << "\tc\n\t" << "Cntr Command1" << "Side A\tc\n\t" << 2;
+        QTest::newRow("block cancel") << false << "x" << "Rgt Command2" << "" << 0;
+        QTest::newRow("block escape") << false << "x" << "Rgt Escape" << "" << 0;
+        QTest::newRow("spine ok") << true << "\tB" << "Command1" << "Side A\tB" << 0;
+        // A cancelled spine edit hands back the text it started with.
+        QTest::newRow("spine escape") << true << "more" << "Escape" << "Side A" << 0;
+    }
+    void okCancelAndEscape()
+    {
+        QFETCH(bool, spine);
+        QFETCH(QString, typed);
+        QFETCH(QString, clicks);
+        TextEditRequest request{spine ? Mode::Spine : Mode::Block, "Side A", {}, {}};
         bool driven = false;
-        QTimer::singleShot(0, this, [&] {
-            auto* d = qobject_cast<TextBlockDialog*>(QApplication::activeModalWidget());
-            if (!d) return;
-            QTest::keyClicks(d->textInput(), "ab\tc");
-            QTest::keyClick(d->textInput(), Qt::Key_Return);
-            QTest::keyClicks(d->textInput(), "\t");
-            d->findChild<QRadioButton*>("Cntr")->click();
-            d->findChild<QPushButton*>("Command1")->click();
+        fixture::whenModal<TextBlockDialog>([&](TextBlockDialog* d) {
+            QCOMPARE(d->textInput()->toPlainText(), QString("Side A"));
+            d->textInput()->insertPlainText(typed);
+            fixture::clickAll(d, clicks);
             driven = true;
         });
-        TextBlockDialog::run(nullptr);
+        const TextEditResult r = TextBlockDialog::edit(nullptr, request);
         QVERIFY(driven);
-        QCOMPARE(G().textAccepted, true);
-        QCOMPARE(G().pendingText, QString("ab        c\n        "));
-        QCOMPARE(G().alignmentChoice, jk::i16(2));
-        QCOMPARE(G().freeText.at(1).style.alignment, jk::i16(2));
-        // Nothing but the alignment was set: the sheet gives the defaults.
-        QVERIFY(G().freeText.at(1).style.fontName.isEmpty());
-        QCOMPARE(G().listingFlag, false);
+        QCOMPARE(r.accepted, clicks.endsWith("Command1"));
+        QFETCH(QString, text);
+        QCOMPARE(r.text, text.replace('\t', QString(8, ' ')));
+        QTEST(int(r.style.alignment), "alignment");
+        // Nothing but the alignment was set: the sheet keeps giving the defaults.
+        QVERIFY(r.style.fontName.isEmpty());
     }
 
-    void editingStartsFromTheRecordOfTheRequestedPage()
+    void startsFromTheBlockStyle()
     {
-        G().freeText.append(jk::TextRecord{});
-        jk::TextRecord page;
-        page.sheet = jk::FmtDouble;
-        page.text = "Track list";
-        page.style.fontName = "Arial";
-        page.style.fontSize = 14;
-        page.style.italic = true;
-        page.style.foreColor = 0x0000FF;  // red
-        page.style.backStyle = 1;
-        page.style.backColor = 0xFF0000;  // blue
-        page.style.borderStyle = 1;
-        page.style.alignment = 1;
-        G().pageText.append(page);
-        G().pageText.append(page);
-        G().currentBlock = 2;
-        G().pageRequest = 2;
-        G().blockSelector = 0;
-        G().pendingText = page.text;
-        open();
-        QVERIFY(child<QRadioButton>("Option2")->isChecked());
-        QVERIFY(child<QCheckBox>("Check1")->isChecked());
-        QVERIFY(child<QRadioButton>("Rgt")->isChecked());
-        QCOMPARE(G().alignmentChoice, jk::i16(1));
-        QCOMPARE(base(dlg), QColor(Qt::blue));
-        QCOMPARE(ink(dlg), QColor(Qt::red));
-        QVERIFY(dlg->textInput()->font().italic());
-        QCOMPARE(dlg->textInput()->font().pointSizeF(), 14.0);
-        // The initial selection of the colour button opened no colour choice.
-        QVERIFY(fake->colors.calls.isEmpty());
+        TextEditRequest r;
+        r.style.fontName = "Arial";
+        r.style.fontSize = 14;
+        r.style.italic = true;
+        r.style.foreColor = 0x0000FF;  // red
+        r.style.backStyle = 1;
+        r.style.backColor = 0xFF0000;  // blue
+        r.style.borderStyle = 1;
+        r.style.alignment = 1;
+        open(r);
+        QVERIFY(child<QRadioButton>(d(), "Option2")->isChecked() && child<QRadioButton>(d(), "Rgt")->isChecked());
+        QCOMPARE(base(d()), QColor(Qt::blue));
+        QCOMPARE(ink(d()), QColor(Qt::red));
+        QVERIFY(d()->textInput()->font().italic());
+        QCOMPARE(d()->textInput()->font().pointSizeF(), 14.0);
+        // The opaque button's initial selection opened no colour choice.
+        QVERIFY(fake()->colors.calls.isEmpty());
 
-        // Border and background go to the same record, the free table untouched.
-        click("Check1");
-        QCOMPARE(G().pageText.at(2).style.borderStyle, jk::i16(0));
-        click("Option1");
-        QCOMPARE(G().pageText.at(2).style.backStyle, jk::i16(0));
-        QCOMPARE(base(dlg), QColor(Qt::white));
-        QCOMPARE(G().pageText.at(1).style.borderStyle, jk::i16(1));
-        QVERIFY(G().freeText.at(1).style.fontName.isEmpty());
+        click(d(), "Check1");
+        QCOMPARE(d()->result().style.borderStyle, jk::i16(0));
+        click(d(), "Option1");
+        QCOMPARE(d()->result().style.backStyle, jk::i16(0));
+        QCOMPARE(base(d()), QColor(Qt::white));
+        // White text on a transparent block shows on black, not on white.
+        fake()->colors.answers = {QColor(Qt::white)};
+        click(d(), "ForeColor");
+        QCOMPARE(base(d()), QColor(Qt::black));
+        click(d(), "Option2");  // opaque shows the fill colour again
+        QCOMPARE(base(d()), QColor(Qt::blue));
     }
 
-    void formattingIsWrittenAtOnceAndKeptOnCancel()
+    void formattingCountsAtOnceAndSurvivesCancel()
     {
-        jk::TextRecord& r = newBlock();
-        G().pendingText = "ZILCH";
-        open();
-        QCOMPARE(base(dlg), QColor(Qt::white));
-
         QFont chosen("Liberation Serif");
         chosen.setPointSizeF(11.75);
         chosen.setBold(false);
         chosen.setUnderline(true);
-        fake->fonts.answers.push_back(chosen);
-        click("Command4");
-        QCOMPARE(fake->fonts.calls.size(), 1);
+        fake()->fonts.answers.push_back(chosen);
+        fake()->colors.answers = {QColor(0, 128, 255), QColor(255, 0, 0), std::nullopt};
+        fixture::whenModal<TextBlockDialog>([&](TextBlockDialog* d) {
+            click(d, "Command4");
+            // The first formatting starts from the block defaults.
+            QCOMPARE(d->result().style.foreColor, jk::i32(80008));
+            // Colours are Windows values: red in the low byte.
+            click(d, "ForeColor");
+            QCOMPARE(ink(d), QColor(0, 128, 255));
+            click(d, "Option2");
+            QCOMPARE(base(d), QColor(Qt::red));
+            click(d, "Option2");  // a cancelled colour choice keeps the colour
+            click(d, "Check1");
+            QTest::keyClicks(d->textInput(), "typed");
+            click(d, "Command2");
+        });
+        const TextEditResult r = TextBlockDialog::edit(nullptr, {});
         // A new block's font dialog starts from Arial 11.75.
-        QCOMPARE(fake->fonts.calls[0].initial.family(), QString("Arial"));
-        QCOMPARE(fake->fonts.calls[0].initial.pointSizeF(), 11.75);
+        QCOMPARE(fake()->fonts.calls[0].initial.family(), QString("Arial"));
+        QCOMPARE(fake()->fonts.calls[0].initial.pointSizeF(), 11.75);
+        QVERIFY(!r.accepted && r.text.isEmpty());
         QCOMPARE(r.style.fontName, QString("Liberation Serif"));
         QCOMPARE(r.style.fontSize, jk::i16(12));
         QCOMPARE(r.style.bold, false);
         QCOMPARE(r.style.underline, jk::i32(true));
-        // The first formatting starts from the block defaults.
-        QCOMPARE(r.style.foreColor, jk::i32(80008));
-        QCOMPARE(dlg->textInput()->font().pointSizeF(), 11.75);
-        QVERIFY(dlg->textInput()->font().underline());
-
-        // Colours are Windows values: red in the low byte.
-        fake->colors.answers.push_back(QColor(0, 128, 255));
-        click("ForeColor");
         QCOMPARE(r.style.foreColor, jk::i32(0xFF8000));
-        QCOMPARE(ink(dlg), QColor(0, 128, 255));
-        fake->colors.answers.push_back(QColor(255, 0, 0));
-        click("Option2");
         QCOMPARE(r.style.backStyle, jk::i16(1));
         QCOMPARE(r.style.backColor, jk::i32(0x0000FF));
-        QCOMPARE(base(dlg), QColor(Qt::red));
-        // A cancelled colour choice keeps the colour.
-        click("Option2");
-        QCOMPARE(r.style.backColor, jk::i32(0x0000FF));
-        click("Check1");
         QCOMPARE(r.style.borderStyle, jk::i16(1));
-
-        QTest::keyClicks(dlg->textInput(), "typed");
-        click("Command2");
-        QVERIFY(!dlg->isVisible());
-        QCOMPARE(G().textAccepted, false);
-        QCOMPARE(G().pendingText, QString());
-        QCOMPARE(r.style.fontName, QString("Liberation Serif"));
-        QCOMPARE(r.style.backColor, jk::i32(0x0000FF));
-
-        // Escape cancels the same way.
-        G().pendingText = "kept?";
-        open();
-        QTest::keyClick(dlg, Qt::Key_Escape);
-        QCOMPARE(G().textAccepted, false);
-        QCOMPARE(G().pendingText, QString());
-    }
-
-    void previewOfWhiteTextOnTransparentIsBlack()
-    {
-        jk::TextRecord& r = newBlock();
-        r.style.fontName = "Arial";
-        r.style.fontSize = 10;
-        r.style.foreColor = 0xFFFFFF;
-        r.style.backColor = 0x00FF00;
-        open();
-        QCOMPARE(base(dlg), QColor(Qt::black));
-        QCOMPARE(ink(dlg), QColor(Qt::white));
-        QVERIFY(child<QRadioButton>("Option1")->isChecked());
-        // Opaque shows the fill colour; transparent again goes back to black.
-        click("Option2");
-        QCOMPARE(base(dlg), QColor(Qt::green));
-        click("Option1");
-        QCOMPARE(base(dlg), QColor(Qt::black));
-        fake->colors.answers.push_back(QColor(1, 2, 3));
-        click("ForeColor");
-        QCOMPARE(base(dlg), QColor(Qt::white));
     }
 
     void spineModeLimitsAndHides()
     {
-        G().spineTextMode = true;
-        G().spineText = "Greatest hits";
-        G().spineFont.name = "Arial";
-        G().spineFont.backColor = 0x00FFFF;  // yellow
-        G().spineFont.foreColor = 0xFF0000;  // blue
-        G().pendingText = "ZILCH";
-        G().textDestination = 2;
-        open();
-        QCOMPARE(dlg->textInput()->toPlainText(), QString("Greatest hits"));
-        QCOMPARE(G().pendingText, QString("Greatest hits"));
-        QVERIFY(child("SSPanel2")->isVisible());
-        QVERIFY(!child("Option1")->isVisible());
-        QVERIFY(!child("Check1")->isVisible());
-        QVERIFY(!child<QMenu>("TXTFILE")->menuAction()->isVisible());
-        QVERIFY(child("Option2")->isVisible());
-        QCOMPARE(base(dlg), QColor(Qt::yellow));
-        QCOMPARE(ink(dlg), QColor(Qt::blue));
+        TextEditRequest r{Mode::Spine, "Greatest hits", {}, {}};
+        r.spineFont.name = "Arial";
+        r.spineFont.backColor = 0x00FFFF;  // yellow
+        r.spineFont.foreColor = 0xFF0000;  // blue
+        open(r);
+        QPlainTextEdit* box = d()->textInput();
+        QVERIFY(!child(d(), "Check1")->isVisible() && !child<QMenu>(d(), "TXTFILE")->menuAction()->isVisible());
+        QCOMPARE(base(d()), QColor(Qt::yellow));
+        QCOMPARE(ink(d()), QColor(Qt::blue));
 
         // Typing stops at 60 characters, also in the middle of the text and
         // when a paste brings more than fits.
-        QTest::keyClicks(dlg->textInput(), QString(60, u'x'));
-        QCOMPARE(dlg->textInput()->toPlainText().size(), TextBlockDialog::kSpineMaxChars);
-        QVERIFY(dlg->textInput()->toPlainText().startsWith("Greatest hits"));
-        dlg->textInput()->moveCursor(QTextCursor::Start);
-        QTest::keyClicks(dlg->textInput(), "Z");
-        QVERIFY(dlg->textInput()->toPlainText().startsWith("Greatest"));
-        QTest::keyClick(dlg->textInput(), Qt::Key_Backspace);
-        dlg->textInput()->moveCursor(QTextCursor::End);
-        QTest::keyClick(dlg->textInput(), Qt::Key_Backspace);
-        QTest::keyClick(dlg->textInput(), Qt::Key_Backspace);
-        dlg->textInput()->insertPlainText("123456");
-        QCOMPARE(dlg->textInput()->toPlainText().right(3), QString("x12"));
-        QCOMPARE(dlg->textInput()->toPlainText().size(), TextBlockDialog::kSpineMaxChars);
+        QTest::keyClicks(box, QString(60, u'x'));
+        QCOMPARE(box->toPlainText().size(), TextBlockDialog::kSpineMaxChars);
+        box->moveCursor(QTextCursor::Start);
+        QTest::keyClicks(box, "Z");
+        QVERIFY(box->toPlainText().startsWith("Greatest hits"));
+        box->moveCursor(QTextCursor::End);
+        QTest::keyClick(box, Qt::Key_Backspace);
+        QTest::keyClick(box, Qt::Key_Backspace);
+        box->insertPlainText("123456");
+        QCOMPARE(box->toPlainText().right(3), QString("x12"));
+        QCOMPARE(box->toPlainText().size(), TextBlockDialog::kSpineMaxChars);
 
-        // Font and colours go to the spine variables, the size whole.
+        // Font and colours go to the spine font, the size whole.
         QFont f("Liberation Sans");
         f.setPointSizeF(9.6);
-        f.setBold(true);
-        f.setItalic(true);
-        fake->fonts.answers.push_back(f);
-        click("Command4");
-        QCOMPARE(fake->fonts.calls[0].initial.family(), QString("Arial"));
-        QCOMPARE(G().spineFont.name, QString("Liberation Sans"));
-        QCOMPARE(G().spineFont.size, 10);
-        QVERIFY(G().spineFont.bold != 0 && G().spineFont.italic != 0);
-        QCOMPARE(G().spineFont.underline, quint8(0));
-        fake->colors.answers.push_back(QColor(Qt::red));
-        click("Option2");
-        QCOMPARE(G().spineFont.backColor, jk::i32(0x0000FF));
-        QCOMPARE(base(dlg), QColor(Qt::red));
-        // No record was touched.
-        QCOMPARE(G().freeText.count(), 0);
-
-        // Cancel hands the old spine text back.
-        click("Command2");
-        QCOMPARE(G().textAccepted, false);
-        QCOMPARE(G().pendingText, QString("Greatest hits"));
-
-        // OK hands the new one over, tabs expanded.
-        open();
-        dlg->textInput()->setPlainText("A\tB");
-        click("Command1");
-        QCOMPARE(G().textAccepted, true);
-        QCOMPARE(G().pendingText, QString("A        B"));
+        fake()->fonts.answers.push_back(f);
+        click(d(), "Command4");
+        QCOMPARE(d()->result().spineFont.size, 10);
+        fake()->colors.answers.push_back(QColor(Qt::red));
+        click(d(), "Option2");
+        QCOMPARE(d()->result().spineFont.backColor, jk::i32(0x0000FF));
+        QCOMPARE(base(d()), QColor(Qt::red));
+        QVERIFY(d()->result().style.fontName.isEmpty());  // no block style touched
     }
 
-    void textFileRoundTrip()
+    // Each row: a file, and the text it gives or why it is refused.
+    void readsTextFiles_data()
     {
-        newBlock();
-        const QString path = tmp.filePath("notes.txt");
-        const QString text = QString::fromUtf8("Côté \"A\"\n\tTrack 1\n\nEnd");
-        open();
-        dlg->textInput()->setPlainText(text);
-        fake->files.saveAnswers.push_back(tmp.filePath("notes"));  // the suffix is added
-        child<QAction>("Fsave")->trigger();
-        QCOMPARE(fake->files.saveCalls.size(), 1);
-        QCOMPARE(fake->files.saveCalls[0].defaultSuffix, QString("txt"));
-        // One quoted record, CR LF line ends, Windows-1252 as it all fits.
-        QCOMPARE(readAll(path), QByteArray("\"C\xf4t\xe9 \"A\"\r\n\tTrack 1\r\n\r\nEnd\"\r\n"));
-
-        open();
-        fake->files.openAnswers.push_back(path);
-        child<QAction>("Fopen")->trigger();
-        QCOMPARE(dlg->textInput()->toPlainText(), text);
-        // A cancelled file dialog leaves the edit box as it is.
-        child<QAction>("Fopen")->trigger();
-        QCOMPARE(dlg->textInput()->toPlainText(), text);
-        QVERIFY(fake->messages.calls.isEmpty());
-
-        // Characters Windows-1252 lacks make the file UTF-8, which reads back.
-        QString wide;
-        QVERIFY(TextBlockDialog::writeTextFile(path, QString::fromUtf8("€ 東京"), &wide));
-        QCOMPARE(readAll(path), QByteArray("\"\xe2\x82\xac \xe6\x9d\xb1\xe4\xba\xac\"\r\n"));
-        QString back, error;
-        QVERIFY(TextBlockDialog::readTextFile(path, &back, &error));
-        QCOMPARE(back, QString::fromUtf8("€ 東京"));
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("bytes");  // null: nothing written (a folder for folder.txt)
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("why");
+        QTest::newRow("windows-1252") << "cp.txt" << QByteArray("caf\xe9 \x80 \x93q\x94") << QString::fromUtf8("café € “q”") << "";
+        QTest::newRow("utf-8 with mark") << "bom.txt" << QByteArray("\xef\xbb\xbf\xc3\xa9t\xc3\xa9") << QString::fromUtf8("été") << "";
+        QTest::newRow("utf-16") << "u16.txt" << QByteArray("\xff\xfeh\0i\0", 6) << "hi" << "";
         // A plain file keeps its lines, without a trailing empty one.
-        QVERIFY(writeAll(path, "one\r\ntwo\rthree\n"));
-        QVERIFY(TextBlockDialog::readTextFile(path, &back, &error));
-        QCOMPARE(back, QString("one\ntwo\nthree"));
-        // Saving into a folder that does not exist reports it.
-        open();
-        fake->files.saveAnswers.push_back(tmp.filePath("missing/x.txt"));
-        child<QAction>("Fsave")->trigger();
-        QCOMPARE(fake->messages.calls.size(), 1);
-        QVERIFY(fake->messages.calls[0].text.contains("x.txt"));
+        QTest::newRow("line ends") << "lines.txt" << QByteArray("one\r\ntwo\rthree\n") << "one\ntwo\nthree" << "";
+        const int most = int(TextBlockDialog::kMaxFileBytes);
+        QTest::newRow("largest taken") << "most.txt" << QByteArray(most, 'a') << QString(most, 'a') << "";
+        QTest::newRow("too large") << "big.txt" << QByteArray(most + 1, 'a') << "" << "too large";
+        QTest::newRow("binary") << "elf" << QByteArray("\x7f" "ELF\x02\x01\x01\0\0\0junk", 14) << "" << "not a text file";
+        QTest::newRow("folder") << "folder.txt" << QByteArray() << "" << "not a text file";
+        QTest::newRow("missing") << "gone.txt" << QByteArray() << "" << "could not be found";
+        if (QFile::exists("/dev/zero")) QTest::newRow("device") << "/dev/zero" << QByteArray() << "" << "not a text file";
+    }
+    void readsTextFiles()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, why);
+        const QString path = name.startsWith('/') ? name : tmp.filePath(name);
+        if (name == "folder.txt") QVERIFY(QDir().mkpath(path));
+        else if (!bytes.isNull()) QVERIFY(fixture::writeFile(path, bytes));
+        QString text, error;
+        QCOMPARE(TextBlockDialog::readTextFile(path, &text, &error), why.isEmpty());
+        QTEST(text, "text");
+        // A refusal says why, naming the file.
+        const bool told = error.contains(why) && error.contains(QFileInfo(path).fileName());
+        QVERIFY2(why.isEmpty() ? error.isEmpty() : told, qPrintable(error));
     }
 
-    void anyFileOpensOrIsRefusedClearly()
+    void fileMenuSavesAndOpens()
     {
-        newBlock();
         open();
-        dlg->textInput()->setPlainText("before");
-        const auto tryOpen = [&](const QString& path) {
-            fake->files.openAnswers.push_back(path);
-            child<QAction>("Fopen")->trigger();
-            return dlg->textInput()->toPlainText();
+        const auto save = [&](const QString& text, const QString& path) {
+            d()->textInput()->setPlainText(text);
+            fake()->files.saveAnswers.push_back(path);
+            child<QAction>(d(), "Fsave")->trigger();
         };
-
-        // Windows-1252, UTF-8 with a byte-order mark, UTF-16.
-        QVERIFY(writeAll(tmp.filePath("cp.txt"), "caf\xe9 \x80 \x93q\x94"));
-        QCOMPARE(tryOpen(tmp.filePath("cp.txt")), QString::fromUtf8("café € “q”"));
-        QVERIFY(writeAll(tmp.filePath("bom.txt"), "\xef\xbb\xbf\xc3\xa9t\xc3\xa9"));
-        QCOMPARE(tryOpen(tmp.filePath("bom.txt")), QString::fromUtf8("été"));
-        QVERIFY(writeAll(tmp.filePath("u16.txt"), QByteArray("\xff\xfeh\0i\0", 6)));
-        QCOMPARE(tryOpen(tmp.filePath("u16.txt")), QString("hi"));
-        QVERIFY(fake->messages.calls.isEmpty());
-
-        // Each refusal keeps the text and says why, naming the file.
-        dlg->textInput()->setPlainText("before");
-        struct Bad {
-            QString path;
-            const char* why;
+        const auto reopen = [&](const QString& path) {
+            if (!path.isEmpty()) fake()->files.openAnswers.push_back(path);
+            child<QAction>(d(), "Fopen")->trigger();
+            return d()->textInput()->toPlainText();
         };
-        QByteArray big(int(TextBlockDialog::kMaxFileBytes) + 1, 'a');
-        QVERIFY(writeAll(tmp.filePath("big.txt"), big));
-        QVERIFY(writeAll(tmp.filePath("binary.dat"), QByteArray("\x7f" "ELF\x02\x01\x01\0\0\0junk", 14)));
-        QVERIFY(QDir(tmp.path()).mkdir("folder.txt"));
-        QList<Bad> bad = {{tmp.filePath("big.txt"), "too large"},
-                          {tmp.filePath("binary.dat"), "not a text file"},
-                          {tmp.filePath("folder.txt"), "not a text file"},
-                          {tmp.filePath("gone.txt"), "could not be found"}};
-        if (QFile::exists("/dev/zero")) bad.append(Bad{"/dev/zero", "not a text file"});
-        QFile locked(tmp.filePath("locked.txt"));
-        QVERIFY(writeAll(locked.fileName(), "secret"));
-        locked.setPermissions(QFileDevice::WriteOwner);
-        if (!locked.open(QIODevice::ReadOnly))  // root reads it anyway
-            bad.append(Bad{locked.fileName(), "could not be read"});
-        for (const Bad& b : bad) {
-            fake->messages.calls.clear();
-            QCOMPARE(tryOpen(b.path), QString("before"));
-            QCOMPARE(fake->messages.calls.size(), 1);
-            QVERIFY2(fake->messages.calls[0].text.contains(b.why), qPrintable(fake->messages.calls[0].text));
-            QVERIFY(fake->messages.calls[0].text.contains(QFileInfo(b.path).fileName()));
-            QCOMPARE(fake->messages.calls[0].icon, jk::platform::Icon::Warning);
-        }
+        // One quoted record, CR LF line ends, Windows-1252 when it all fits,
+        // else UTF-8; the ".txt" suffix is added.
+        const QString text = QString::fromUtf8("Côté \"A\"\n\tTrack 1\n\nEnd");
+        save(text, tmp.filePath("notes"));
+        QCOMPARE(fixture::readFile(tmp.filePath("notes.txt")), QByteArray("\"C\xf4t\xe9 \"A\"\r\n\tTrack 1\r\n\r\nEnd\"\r\n"));
+        save(QString::fromUtf8("€ 東京"), tmp.filePath("wide.txt"));
+        QCOMPARE(fixture::readFile(tmp.filePath("wide.txt")), QByteArray("\"\xe2\x82\xac \xe6\x9d\xb1\xe4\xba\xac\"\r\n"));
+        QCOMPARE(reopen(tmp.filePath("notes.txt")), text);
+        QCOMPARE(reopen(tmp.filePath("wide.txt")), QString::fromUtf8("€ 東京"));
+        QCOMPARE(reopen({}), QString::fromUtf8("€ 東京"));  // a cancelled file dialog changes nothing
+        QVERIFY(fake()->messages.calls.isEmpty());
 
-        // The biggest file taken, one long line of arbitrary bytes, opens.
-        QByteArray junk(int(TextBlockDialog::kMaxFileBytes), '\0');
-        for (int i = 0; i < junk.size(); ++i) junk[i] = char(0x20 + (qint64(i) * 7919) % 0xDF);
-        QVERIFY(writeAll(tmp.filePath("junk.txt"), junk));
-        fake->messages.calls.clear();
-        dlg->textInput()->clear();
-        QElapsedTimer t;
-        t.start();
-        QCOMPARE(tryOpen(tmp.filePath("junk.txt")).size(), junk.size());
-
-        dlg->repaint();
-        qInfo("1 MB line opened and painted in %lld ms", t.elapsed());
-        QVERIFY(fake->messages.calls.isEmpty());
+        // A refused file keeps the text and warns, naming the file.
+        QCOMPARE(reopen(tmp.filePath("gone.txt")), QString::fromUtf8("€ 東京"));
+        QCOMPARE(fake()->messages.calls.size(), 1);
+        QVERIFY(fake()->messages.calls[0].text.contains("gone.txt"));
+        // Saving into a folder that does not exist reports it.
+        save("x", tmp.filePath("missing/x.txt"));
+        QCOMPARE(fake()->messages.calls.size(), 2);
+        QVERIFY(fake()->messages.calls[1].text.contains("x.txt"));
     }
 };
 
-QTEST_MAIN(TestTxtForm)
+QTEST_MAIN(TestTextBlockDialog)
 #include "test_textblockdialog.moc"
