@@ -124,9 +124,9 @@ private Q_SLOTS:
         // A colour chosen while a picture decodes is not covered by it.
         QVERIFY(d()->browser()->fileList()->setFileName("drawing.eps"));
         QSignalSpy shown(d(), &PictureDialog::previewShown);
-        d()->File1_Click();
+        d()->fileClicked();
         QCOMPARE(d()->choice()->file, pictures.filePath("drawing.eps"));
-        d()->Command3_Click();  // straight away: no event may run in between
+        d()->chooseColour();  // straight away: no event may run in between
         QCOMPARE(d()->choice()->recordText(), QStringLiteral("~197121"));
         QVERIFY(QThreadPool::globalInstance()->waitForDone(15000));
         QCoreApplication::processEvents();  // the decoded picture arrives...

@@ -157,20 +157,20 @@ FieldDialog::FieldDialog(bool numeric, QWidget* parent) : QDialog(parent), numer
     layout->addLayout(top, 1);
     layout->addLayout(buttons);
 
-    connect(text1_, &QLineEdit::textEdited, this, &FieldDialog::Text1_Edited);
-    connect(check1_, &QCheckBox::clicked, this, &FieldDialog::Check1_Click);
-    connect(option5_, &QRadioButton::clicked, this, &FieldDialog::Option5_Click);
-    connect(option6_, &QRadioButton::clicked, this, &FieldDialog::Option6_Click);
-    connect(check2_, &QCheckBox::clicked, this, &FieldDialog::Check2_Click);
+    connect(text1_, &QLineEdit::textEdited, this, &FieldDialog::startValueEdited);
+    connect(check1_, &QCheckBox::clicked, this, &FieldDialog::toggleSpineLink);
+    connect(option5_, &QRadioButton::clicked, this, &FieldDialog::setTransparent);
+    connect(option6_, &QRadioButton::clicked, this, &FieldDialog::chooseBackground);
+    connect(check2_, &QCheckBox::clicked, this, &FieldDialog::toggleBorder);
     connect(lft_, &QRadioButton::clicked, this, [this] { alignment(0); });
     connect(rgt_, &QRadioButton::clicked, this, [this] { alignment(1); });
     connect(cntr_, &QRadioButton::clicked, this, [this] { alignment(2); });
-    connect(command1_, &QPushButton::clicked, this, &FieldDialog::Command1_Click);
-    connect(foreColor_, &QPushButton::clicked, this, &FieldDialog::ForeColor_Click);
-    connect(fopen_, &QAction::triggered, this, &FieldDialog::Fopen_Click);
-    connect(fsave_, &QAction::triggered, this, &FieldDialog::Fsave_Click);
-    connect(command3_, &QPushButton::clicked, this, &FieldDialog::Command3_Click);
-    connect(command2_, &QPushButton::clicked, this, &FieldDialog::Command2_Click);
+    connect(command1_, &QPushButton::clicked, this, &FieldDialog::chooseFont);
+    connect(foreColor_, &QPushButton::clicked, this, &FieldDialog::chooseTextColour);
+    connect(fopen_, &QAction::triggered, this, &FieldDialog::openValueFile);
+    connect(fsave_, &QAction::triggered, this, &FieldDialog::saveValueFile);
+    connect(command3_, &QPushButton::clicked, this, &FieldDialog::acceptField);
+    connect(command2_, &QPushButton::clicked, this, &FieldDialog::cancel);
 }
 
 FieldDialog::FieldDialog(const jk::CharFieldRecord& record, QWidget* parent) : FieldDialog(false, parent)
@@ -280,7 +280,7 @@ void FieldDialog::updatePreview()
     text1_->setAlignment(a == 1 ? Qt::AlignRight : a == 2 ? Qt::AlignHCenter : Qt::AlignLeft);
 }
 
-void FieldDialog::Text1_Edited(const QString& text)
+void FieldDialog::startValueEdited(const QString& text)
 {
     if (onlyDigits(text)) return;
     text1_->clear();
@@ -302,18 +302,18 @@ void FieldDialog::digitOption(int digits)
     }
 }
 
-void FieldDialog::Check1_Click()
+void FieldDialog::toggleSpineLink()
 {
     if (numeric_) result_.numField.spineLink = check1_->isChecked();
 }
 
-void FieldDialog::Option5_Click()
+void FieldDialog::setTransparent()
 {
     style().backStyle = 0;
     updatePreview();
 }
 
-void FieldDialog::Option6_Click()
+void FieldDialog::chooseBackground()
 {
     jk::TextStyle& s = style();
     const bool had = s.backStyle == 1;
@@ -329,7 +329,7 @@ void FieldDialog::Option6_Click()
     updatePreview();
 }
 
-void FieldDialog::Check2_Click()
+void FieldDialog::toggleBorder()
 {
     style().borderStyle = check2_->isChecked() ? 1 : 0;
 }
@@ -341,7 +341,7 @@ void FieldDialog::alignment(int a)
     updatePreview();
 }
 
-void FieldDialog::Command1_Click()
+void FieldDialog::chooseFont()
 {
     QFont initial = font_.value_or(QFont(QStringLiteral("Arial")));
     if (!font_) initial.setPointSizeF(11.75);
@@ -353,7 +353,7 @@ void FieldDialog::Command1_Click()
     updatePreview();
 }
 
-void FieldDialog::ForeColor_Click()
+void FieldDialog::chooseTextColour()
 {
     const std::optional<QColor> c = pf::services().colors->chooseColor(jk::winColor(fore_), jk::plainCaption(foreColor_->text()));
     if (!c || !c->isValid()) return;
@@ -362,7 +362,7 @@ void FieldDialog::ForeColor_Click()
     updatePreview();
 }
 
-void FieldDialog::Fopen_Click()
+void FieldDialog::openValueFile()
 {
     if (numeric_) return;
     const QString folder = valueFile_.isEmpty() ? jk::app().settings.projectFolder : QFileInfo(valueFile_).absolutePath();
@@ -382,7 +382,7 @@ void FieldDialog::Fopen_Click()
     showValues(list.values, list.complete);
 }
 
-void FieldDialog::Fsave_Click()
+void FieldDialog::saveValueFile()
 {
     if (numeric_) return;
     const QString folder = valueFile_.isEmpty() ? jk::app().settings.projectFolder : valueFile_;
@@ -398,7 +398,7 @@ void FieldDialog::Fsave_Click()
     text2_->setReadOnly(false);
 }
 
-void FieldDialog::Command3_Click()
+void FieldDialog::acceptField()
 {
     if (!numeric_) {
         if (valueFile_.isEmpty()) {
@@ -452,7 +452,7 @@ void FieldDialog::Command3_Click()
     accept();
 }
 
-void FieldDialog::Command2_Click() { reject(); }
+void FieldDialog::cancel() { reject(); }
 
 void FieldDialog::reject()
 {

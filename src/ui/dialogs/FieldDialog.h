@@ -71,19 +71,19 @@ private:
     // Builds the controls; the public constructors then fill them.
     FieldDialog(bool numeric, QWidget* parent);
     void initialise();
-    void Text1_Edited(const QString& text);
+    void startValueEdited(const QString& text);
     void digitOption(int digits);  // Option1-Option4
-    void Check1_Click();
-    void Option5_Click();
-    void Option6_Click();
-    void Check2_Click();
+    void toggleSpineLink();
+    void setTransparent();
+    void chooseBackground();
+    void toggleBorder();
     void alignment(int a);  // Lft 0, Rgt 1, Cntr 2
-    void Command1_Click();  // Fonts
-    void ForeColor_Click();
-    void Fopen_Click();
-    void Fsave_Click();
-    void Command3_Click();  // OK
-    void Command2_Click();  // Cancel
+    void chooseFont();  // Fonts
+    void chooseTextColour();
+    void openValueFile();
+    void saveValueFile();
+    void acceptField();  // OK
+    void cancel();  // Cancel
 
     // The style of the record being edited.
     jk::TextStyle& style();

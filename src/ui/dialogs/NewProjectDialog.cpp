@@ -294,8 +294,8 @@ NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
         w->installEventFilter(this);
     }
 
-    connect(command1_, &QPushButton::clicked, this, &NewProjectDialog::Command1_Click);
-    connect(command2_, &QPushButton::clicked, this, &NewProjectDialog::Command2_Click);
+    connect(command1_, &QPushButton::clicked, this, &NewProjectDialog::createProject);
+    connect(command2_, &QPushButton::clicked, this, &NewProjectDialog::openChosenProject);
     // Keys choose a kind without any pointer movement: keep the rule anyway.
     connect(jacket_, &QRadioButton::toggled, this, [this] {
         jacketRule();
@@ -303,10 +303,10 @@ NewProjectDialog::NewProjectDialog(QWidget* parent) : QDialog(parent)
     });
     connect(trio_, &DriveFolderFileTrio::driveChanged, this, [this] { command2_->setEnabled(false); });
     connect(trio_, &DriveFolderFileTrio::pathChanged, this, [this] { command2_->setEnabled(false); });
-    connect(trio_, &DriveFolderFileTrio::fileClicked, this, &NewProjectDialog::File1_Click);
+    connect(trio_, &DriveFolderFileTrio::fileClicked, this, &NewProjectDialog::fileClicked);
     connect(trio_, &DriveFolderFileTrio::fileDoubleClicked, this, [this](const QString& name) {
-        File1_Click(name);
-        Command2_Click();
+        fileClicked(name);
+        openChosenProject();
     });
     // A file picked on the tab before counts no more once the tab is left.
     connect(tabs_, &QTabWidget::currentChanged, this, [this] { command2_->setEnabled(false); });
@@ -409,7 +409,7 @@ bool NewProjectDialog::eventFilter(QObject* watched, QEvent* event)
     return QDialog::eventFilter(watched, event);
 }
 
-void NewProjectDialog::File1_Click(const QString& name)
+void NewProjectDialog::fileClicked(const QString& name)
 {
     if (name.isEmpty()) return;
     const QString folder = trio_->path();
@@ -417,7 +417,7 @@ void NewProjectDialog::File1_Click(const QString& name)
     command2_->setEnabled(true);
 }
 
-void NewProjectDialog::Command1_Click()
+void NewProjectDialog::createProject()
 {
     int sheets = 0;
     if (simple_->isChecked()) sheets += jk::FmtSimple;
@@ -432,7 +432,7 @@ void NewProjectDialog::Command1_Click()
     accept();
 }
 
-void NewProjectDialog::Command2_Click()
+void NewProjectDialog::openChosenProject()
 {
     if (!command2_->isEnabled()) return;
     const QString path = text1_->text().trimmed();

@@ -53,9 +53,9 @@ protected:
 
 private:
     void initialise();
-    void Command1_Click();
-    void Command2_Click();
-    void File1_Click(const QString& name);
+    void createProject();
+    void openChosenProject();
+    void fileClicked(const QString& name);
     void pointerOver(QWidget* w);
     void showPreview(int picture);
     void jacketRule();

@@ -108,27 +108,27 @@ PictureDialog::PictureDialog(PicturePurpose purpose, QWidget* parent) : QDialog(
 
     trio_ = new DriveFolderFileTrio(this);
     trio_->setMinimumSize(360, 300);
-    ImageMan1 = new PicturePreview(this);
-    ImageMan1->setObjectName("ImageMan1");
+    preview_ = new PicturePreview(this);
+    preview_->setObjectName("ImageMan1");
 
-    Command1 = new QPushButton(caption(t.msg(jk::Msg::SelectButton), "Select"), this);
-    Command1->setObjectName("Command1");
-    Command1->setDefault(true);
-    Command2 = new QPushButton(caption(t.msg(jk::Msg::Cancel), "Cancel"), this);
-    Command2->setObjectName("Command2");
-    Command3 = new QPushButton(caption(t.msg(jk::Msg::ColorButton), "Color"), this);
-    Command3->setObjectName("Command3");
-    Scanner = new QPushButton(caption(t.extraCaptions[2], "Scanner"), this);
-    Scanner->setObjectName("Scanner");
+    selectButton_ = new QPushButton(caption(t.msg(jk::Msg::SelectButton), "Select"), this);
+    selectButton_->setObjectName("Command1");
+    selectButton_->setDefault(true);
+    cancelButton_ = new QPushButton(caption(t.msg(jk::Msg::Cancel), "Cancel"), this);
+    cancelButton_->setObjectName("Command2");
+    colourButton_ = new QPushButton(caption(t.msg(jk::Msg::ColorButton), "Color"), this);
+    colourButton_->setObjectName("Command3");
+    scannerButton_ = new QPushButton(caption(t.extraCaptions[2], "Scanner"), this);
+    scannerButton_->setObjectName("Scanner");
 
     auto* buttons = new QHBoxLayout;
-    buttons->addWidget(Command1);
-    buttons->addWidget(Command3);
-    buttons->addWidget(Scanner);
+    buttons->addWidget(selectButton_);
+    buttons->addWidget(colourButton_);
+    buttons->addWidget(scannerButton_);
     buttons->addStretch(1);
-    buttons->addWidget(Command2);
+    buttons->addWidget(cancelButton_);
     auto* right = new QVBoxLayout;
-    right->addWidget(ImageMan1, 1);
+    right->addWidget(preview_, 1);
     right->addLayout(buttons);
     auto* top = new QHBoxLayout(this);
     top->addWidget(trio_, 3);
@@ -136,7 +136,7 @@ PictureDialog::PictureDialog(PicturePurpose purpose, QWidget* parent) : QDialog(
     resize(820, 400);
 
     updateScannerButton();
-    Command1->setEnabled(false);
+    selectButton_->setEnabled(false);
 
     // Start where this kind of picture lives.
     const jk::UserSettings& settings = jk::app().settings;
@@ -146,13 +146,13 @@ PictureDialog::PictureDialog(PicturePurpose purpose, QWidget* parent) : QDialog(
     if (!start.isEmpty()) trio_->setPath(start);
     trio_->fileList()->setPattern(QString::fromLatin1(jk::platform::kPicturePattern));
 
-    connect(trio_, &DriveFolderFileTrio::fileClicked, this, &PictureDialog::File1_Click);
+    connect(trio_, &DriveFolderFileTrio::fileClicked, this, &PictureDialog::fileClicked);
     connect(trio_, &DriveFolderFileTrio::fileDoubleClicked, this, [this] {
-        if (Command1->isEnabled()) Command1_Click();
+        if (selectButton_->isEnabled()) select();
     });
-    connect(Command1, &QPushButton::clicked, this, &PictureDialog::Command1_Click);
-    connect(Command2, &QPushButton::clicked, this, &PictureDialog::Command2_Click);
-    connect(Command3, &QPushButton::clicked, this, &PictureDialog::Command3_Click);
+    connect(selectButton_, &QPushButton::clicked, this, &PictureDialog::select);
+    connect(cancelButton_, &QPushButton::clicked, this, &PictureDialog::cancel);
+    connect(colourButton_, &QPushButton::clicked, this, &PictureDialog::chooseColour);
 }
 
 std::optional<PictureChoice> PictureDialog::choose(QWidget* parent, PicturePurpose purpose)
@@ -165,7 +165,7 @@ std::optional<PictureChoice> PictureDialog::choose(QWidget* parent, PicturePurpo
 void PictureDialog::updateScannerButton()
 {
     constexpr int imageSources = 0;  // no scanning service yet
-    Scanner->setEnabled(imageSources > 0);
+    scannerButton_->setEnabled(imageSources > 0);
 }
 
 void PictureDialog::showEvent(QShowEvent* e)
@@ -175,16 +175,16 @@ void PictureDialog::showEvent(QShowEvent* e)
     QDialog::showEvent(e);
 }
 
-void PictureDialog::File1_Click()
+void PictureDialog::fileClicked()
 {
     const QString path = trio_->filePath();
     if (path.isEmpty()) return;
     choice_ = PictureChoice{path, std::nullopt};
-    ImageMan1->clear();
+    preview_->clear();
     ++generation_;
     waiting_ = path;
     startPreview();
-    Command1->setEnabled(true);
+    selectButton_->setEnabled(true);
 }
 
 void PictureDialog::startPreview()
@@ -212,19 +212,19 @@ void PictureDialog::previewDecoded(quint64 generation, const QString& path, cons
 {
     decoding_ = false;
     if (generation == generation_) {
-        if (picture.isNull()) ImageMan1->setNote(error);
-        else ImageMan1->setPicture(picture);
+        if (picture.isNull()) preview_->setNote(error);
+        else preview_->setPicture(picture);
         Q_EMIT previewShown(path);
     }
     startPreview();
 }
 
-void PictureDialog::Command1_Click()
+void PictureDialog::select()
 {
     accept();
 }
 
-void PictureDialog::Command2_Click()
+void PictureDialog::cancel()
 {
     reject();
 }
@@ -235,18 +235,18 @@ void PictureDialog::reject()
     QDialog::reject();
 }
 
-void PictureDialog::Command3_Click()
+void PictureDialog::chooseColour()
 {
-    const QColor initial = ImageMan1->color().isValid() ? ImageMan1->color() : QColor(Qt::white);
-    QString title = Command3->text();
+    const QColor initial = preview_->color().isValid() ? preview_->color() : QColor(Qt::white);
+    QString title = colourButton_->text();
     title.remove(u'&').remove(QStringLiteral("..."));
     const std::optional<QColor> chosen = jk::platform::services().colors->chooseColor(initial, title);
     if (!chosen || !chosen->isValid()) return;
     // A picture still decoding must not cover the colour when it arrives.
     ++generation_;
     waiting_.clear();
-    ImageMan1->clear();
-    ImageMan1->setColor(*chosen);
+    preview_->clear();
+    preview_->setColor(*chosen);
     choice_ = PictureChoice{QString(), jk::i32(jk::toWinColor(*chosen))};
-    Command1->setEnabled(true);
+    selectButton_->setEnabled(true);
 }

@@ -75,19 +75,19 @@ public:
     // colour chosen, and again once the dialog was cancelled.
     const std::optional<PictureChoice>& choice() const { return choice_; }
 
-    // Enables the Scanner button when an image source exists. There is no
+    // Enables the scannerButton_ button when an image source exists. There is no
     // scanning service yet, so it stays disabled.
     void updateScannerButton();
 
-    void File1_Click();
-    void Command1_Click();  // Select
-    void Command2_Click();  // Cancel
-    void Command3_Click();  // Color
+    void fileClicked();
+    void select();  // Select
+    void cancel();  // Cancel
+    void chooseColour();  // Color
 
-    // Escape and the window's close button cancel like Command2.
+    // Escape and the window's close button cancel like cancelButton_.
     void reject() override;
 
-    PicturePreview* preview() const { return ImageMan1; }
+    PicturePreview* preview() const { return preview_; }
     DriveFolderFileTrio* browser() const { return trio_; }
 
 Q_SIGNALS:
@@ -102,11 +102,11 @@ private:
     void previewDecoded(quint64 generation, const QString& path, const QImage& picture, const QString& error);
 
     DriveFolderFileTrio* trio_;
-    PicturePreview* ImageMan1;
-    QPushButton* Command1;
-    QPushButton* Command2;
-    QPushButton* Command3;
-    QPushButton* Scanner;
+    PicturePreview* preview_;
+    QPushButton* selectButton_;
+    QPushButton* cancelButton_;
+    QPushButton* colourButton_;
+    QPushButton* scannerButton_;
 
     std::optional<PictureChoice> choice_;
 

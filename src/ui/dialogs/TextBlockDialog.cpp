@@ -179,18 +179,18 @@ TextBlockDialog::TextBlockDialog(const TextEditRequest& request, QWidget* parent
     layout->addLayout(top, 1);
     layout->addLayout(buttons);
 
-    connect(ok_, &QPushButton::clicked, this, &TextBlockDialog::Command1_Click);
-    connect(cancel_, &QPushButton::clicked, this, &TextBlockDialog::Command2_Click);
-    connect(fonts_, &QPushButton::clicked, this, &TextBlockDialog::Command4_Click);
-    connect(foreColor_, &QPushButton::clicked, this, &TextBlockDialog::ForeColor_Click);
-    connect(lft_, &QRadioButton::clicked, this, &TextBlockDialog::Lft_Click);
-    connect(cntr_, &QRadioButton::clicked, this, &TextBlockDialog::Cntr_Click);
-    connect(rgt_, &QRadioButton::clicked, this, &TextBlockDialog::Rgt_Click);
-    connect(option1_, &QRadioButton::clicked, this, &TextBlockDialog::Option1_Click);
-    connect(option2_, &QRadioButton::clicked, this, &TextBlockDialog::Option2_Click);
-    connect(check1_, &QCheckBox::clicked, this, &TextBlockDialog::Check1_Click);
-    connect(fopen_, &QAction::triggered, this, &TextBlockDialog::Fopen_Click);
-    connect(fsave_, &QAction::triggered, this, &TextBlockDialog::Fsave_Click);
+    connect(ok_, &QPushButton::clicked, this, &TextBlockDialog::acceptText);
+    connect(cancel_, &QPushButton::clicked, this, &TextBlockDialog::cancel);
+    connect(fonts_, &QPushButton::clicked, this, &TextBlockDialog::chooseFont);
+    connect(foreColor_, &QPushButton::clicked, this, &TextBlockDialog::chooseTextColour);
+    connect(lft_, &QRadioButton::clicked, this, &TextBlockDialog::alignLeft);
+    connect(cntr_, &QRadioButton::clicked, this, &TextBlockDialog::alignCentre);
+    connect(rgt_, &QRadioButton::clicked, this, &TextBlockDialog::alignRight);
+    connect(option1_, &QRadioButton::clicked, this, &TextBlockDialog::setTransparent);
+    connect(option2_, &QRadioButton::clicked, this, &TextBlockDialog::chooseBackground);
+    connect(check1_, &QCheckBox::clicked, this, &TextBlockDialog::toggleBorder);
+    connect(fopen_, &QAction::triggered, this, &TextBlockDialog::openTextFile);
+    connect(fsave_, &QAction::triggered, this, &TextBlockDialog::saveTextFile);
 
     // Remember where an edit went in; textChanged then trims what the spine
     // strip cannot take (the document must not be edited while it reports).
@@ -317,28 +317,28 @@ void TextBlockDialog::limitLength(int position, int added)
     limiting_ = false;
 }
 
-void TextBlockDialog::Lft_Click()
+void TextBlockDialog::alignLeft()
 {
     alignment_ = 0;
     lft_->setChecked(true);
     updatePreview();
 }
 
-void TextBlockDialog::Cntr_Click()
+void TextBlockDialog::alignCentre()
 {
     alignment_ = 2;
     cntr_->setChecked(true);
     updatePreview();
 }
 
-void TextBlockDialog::Rgt_Click()
+void TextBlockDialog::alignRight()
 {
     alignment_ = 1;
     rgt_->setChecked(true);
     updatePreview();
 }
 
-void TextBlockDialog::Command1_Click()
+void TextBlockDialog::acceptText()
 {
     QString text = textinput_->toPlainText();
     text.replace(u'\t', QStringLiteral("        "));
@@ -354,7 +354,7 @@ void TextBlockDialog::Command1_Click()
     accept();
 }
 
-void TextBlockDialog::Command2_Click() { reject(); }
+void TextBlockDialog::cancel() { reject(); }
 
 void TextBlockDialog::reject()
 {
@@ -368,7 +368,7 @@ void TextBlockDialog::reject()
     QDialog::reject();
 }
 
-void TextBlockDialog::Command4_Click()
+void TextBlockDialog::chooseFont()
 {
     QFont initial;
     if (spine_) {
@@ -413,7 +413,7 @@ void TextBlockDialog::Command4_Click()
     updatePreview();
 }
 
-void TextBlockDialog::ForeColor_Click()
+void TextBlockDialog::chooseTextColour()
 {
     const std::optional<QColor> c =
         pf::services().colors->chooseColor(jk::winColor(fore_), jk::plainCaption(foreColor_->text()));
@@ -428,7 +428,7 @@ void TextBlockDialog::ForeColor_Click()
     updatePreview();
 }
 
-void TextBlockDialog::Option1_Click()
+void TextBlockDialog::setTransparent()
 {
     if (spine_) return;
     ensureStyled();
@@ -438,7 +438,7 @@ void TextBlockDialog::Option1_Click()
     updatePreview();
 }
 
-void TextBlockDialog::Option2_Click()
+void TextBlockDialog::chooseBackground()
 {
     if (!spine_) {
         ensureStyled();
@@ -463,7 +463,7 @@ void TextBlockDialog::Option2_Click()
     updatePreview();
 }
 
-void TextBlockDialog::Check1_Click()
+void TextBlockDialog::toggleBorder()
 {
     if (spine_) return;
     ensureStyled();
@@ -481,7 +481,7 @@ QString& lastFolder()
 const char* const kTextFilter = "Text files (*.txt);;All files (*)";
 }  // namespace
 
-void TextBlockDialog::Fopen_Click()
+void TextBlockDialog::openTextFile()
 {
     const QString folder = lastFolder().isEmpty() ? jk::app().settings.projectFolder : lastFolder();
     const QString path =
@@ -496,7 +496,7 @@ void TextBlockDialog::Fopen_Click()
     textinput_->setPlainText(text);
 }
 
-void TextBlockDialog::Fsave_Click()
+void TextBlockDialog::saveTextFile()
 {
     const QString folder = lastFolder().isEmpty() ? jk::app().settings.projectFolder : lastFolder();
     const QString path = pf::services().files->saveFile(jk::plainCaption(jk::texts().msgOr(jk::Msg::SaveMenu, "Save")), folder,

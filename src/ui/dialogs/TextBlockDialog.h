@@ -64,9 +64,9 @@ public:
     TextEditResult result() const { return result_; }
 
     // Alignment buttons: 0 left, 2 centre, 1 right.
-    void Lft_Click();
-    void Cntr_Click();
-    void Rgt_Click();
+    void alignLeft();
+    void alignCentre();
+    void alignRight();
 
     // Longest text file the edit box takes: anything bigger is refused with a
     // message instead of freezing the dialog while it lays the text out.
@@ -90,15 +90,15 @@ protected:
 
 private:
     void initialise(const TextEditRequest& request);
-    void Command1_Click();
-    void Command2_Click();
-    void Command4_Click();
-    void ForeColor_Click();
-    void Option1_Click();
-    void Option2_Click();
-    void Check1_Click();
-    void Fopen_Click();
-    void Fsave_Click();
+    void acceptText();
+    void cancel();
+    void chooseFont();
+    void chooseTextColour();
+    void setTransparent();
+    void chooseBackground();
+    void toggleBorder();
+    void openTextFile();
+    void saveTextFile();
 
     // A style that gets its first formatting starts from the block defaults,
     // so that the sheet keeps the formatting instead of replacing it.
