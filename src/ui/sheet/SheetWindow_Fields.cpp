@@ -1,6 +1,6 @@
 // The sheet's fields: inserting and editing them through the field dialog,
 // deleting them, and stepping their numbers and values. What a field shows
-// lives in its record (state/Numbering); the sheet fits the field to its
+// lives in its record (model/Numbering); the sheet fits the field to its
 // text and repaints.
 #include "ui/sheet/Actions.h"
 #include "ui/sheet/SheetWindow.h"
