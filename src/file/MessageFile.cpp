@@ -99,7 +99,12 @@ Texts textsFromEntries(const QStringList& entries)
     for (int i = 0; i < 76; ++i) t.messages[std::size_t(i)] = next();
     for (auto& s : t.spineCaptions) s = next();
     for (auto& s : t.extraCaptions) s = next();
-    for (int i = 76; i < 86; ++i) t.messages[std::size_t(i)] = next();
+    for (int i = 76; i < kFirstAppendedMessage; ++i) t.messages[std::size_t(i)] = next();
+    // Appended messages keep their built-in English until the file names them.
+    for (int i = kFirstAppendedMessage; i < kMessageCount && pos < entries.size(); ++i) {
+        const QString s = next();
+        if (!s.isEmpty()) t.messages[std::size_t(i)] = s;
+    }
     return t;
 }
 
@@ -107,7 +112,8 @@ Texts loadMessageFile(const QString& path)
 {
     QFile f(path);
     if (!f.open(QIODevice::ReadOnly)) return textsFromEntries({});
-    return textsFromEntries(readListItems(f.read(kMaxMessageFileBytes), kMessageFileEntries));
+    return textsFromEntries(readListItems(f.read(kMaxMessageFileBytes),
+                                          kMessageFileEntries + kMessageCount - kFirstAppendedMessage));
 }
 
 QString plainCaption(QString caption)

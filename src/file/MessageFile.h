@@ -7,6 +7,7 @@
 
 namespace jk {
 
+// The entries every message file has; new features append theirs after them.
 constexpr int kMessageFileEntries = 183;
 
 // Reads at most maxItems list items. Blanks around an unquoted item are
@@ -17,7 +18,8 @@ QStringList readListItems(const QByteArray& data, int maxItems);
 QString decodeText(const QByteArray& data);
 
 // Fills the text tables from the entries in file order; missing entries
-// leave their texts empty. Format names 5-9 are derived.
+// leave their texts empty, except the appended messages, which keep their
+// built-in English. Format names 5-9 are derived.
 Texts textsFromEntries(const QStringList& entries);
 
 // Reads the file (at most a few megabytes of it); a missing or unreadable

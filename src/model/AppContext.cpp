@@ -24,6 +24,14 @@ QString Texts::tipOr(int i, const char* fallback) const
     return s.isEmpty() ? QString::fromUtf8(fallback) : s;
 }
 
+std::array<QString, kMessageCount> Texts::builtInMessages()
+{
+    std::array<QString, kMessageCount> m;
+    for (int i = kFirstAppendedMessage; i < kMessageCount; ++i)
+        m[std::size_t(i)] = QString::fromUtf8(builtInMessage(Msg(i)));
+    return m;
+}
+
 QString Texts::formatName(int code) const
 {
     const int i = formatNameIndex(code);

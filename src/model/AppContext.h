@@ -17,7 +17,9 @@ struct Texts {
     std::array<QString, 55> menuCaptions; // the 55 menu captions, file order
     std::array<QString, 2> fitCaptions;   // captions 1, 2 -> [0], [1]
     std::array<QString, 26> toolTips;
-    std::array<QString, 86> messages;
+    // The file's messages, then the appended ones (built-in English until
+    // a message file names them).
+    std::array<QString, kMessageCount> messages = builtInMessages();
     std::array<QString, 2> spineCaptions;
     std::array<QString, 3> extraCaptions; // PREVIEW, ScanSel, PictureDialog.Scanner
 
@@ -27,6 +29,8 @@ struct Texts {
     QString tipOr(int i, const char* fallback) const;
     // The name of a format from the format-name table; empty for no format.
     QString formatName(int code) const;
+
+    static std::array<QString, kMessageCount> builtInMessages();
 };
 
 // JEWLKIT.INI's folders and picture editor.

@@ -73,6 +73,31 @@ enum class Msg : int {
     EnterArtist = 83,
     NewProjectTab = 84,
     ExistingProjectTab = 85,
+    // Entries appended after the file's 183: a message file without them
+    // (an older or a user's own one) shows the built-in English.
+    // Printing.
+    PrintDiscOffPaper = 86,
+    PrinterUnavailable = 87,
+    PrintPictureMissing = 88,
+    PrintJobFailed = 89,
+    PrintPdfNotWritten = 90,
+    NoDiscStock = 91,
+    PrintingPage = 92,
+    DiscStockSkipped = 93,
+    NoPrinter = 94,
+    PrintNothing = 95,
+    // The text dialog's scan panel.
+    DiscImageEntry = 96,
+    AudioCdRetry = 97,
+    TitlesNotStored = 98,
 };
+
+// Room in the message table: the file's messages and those appended after.
+constexpr int kMessageCount = 128;
+// The first message that is appended after the file's 183 entries.
+constexpr int kFirstAppendedMessage = 86;
+
+// The built-in English of the appended messages, empty for the others.
+const char* builtInMessage(Msg m);
 
 }  // namespace jk

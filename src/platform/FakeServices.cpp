@@ -22,7 +22,8 @@ int dismissAnswer(pf::Buttons buttons)
     case pf::Buttons::Ok: return pf::AnswerOk;
     case pf::Buttons::YesNo: return pf::AnswerNo;
     case pf::Buttons::OkCancel:
-    case pf::Buttons::YesNoCancel: break;
+    case pf::Buttons::YesNoCancel:
+    case pf::Buttons::RetryCancel: break;
     }
     return pf::AnswerCancel;
 }

@@ -71,11 +71,14 @@ private Q_SLOTS:
         QCOMPARE(t.splash[0].size(), 2 * 1024 * 1024);
         QVERIFY(t.splash[1].isEmpty());
 
-        // The shipped file has every entry, and distinct derived names.
+        // The shipped file has every entry, the appended messages in their
+        // places (an unquoted comma would shift them), and distinct derived names.
         const QStringList items = readListItems(readAll(QStringLiteral(JK_SOURCE_DIR "/data/Default.msg")), 1000);
-        QCOMPARE(items.size(), kMessageFileEntries);
+        QVERIFY(items.size() > kMessageFileEntries);
         QVERIFY(!items.contains(QString()));
         t = textsFromEntries(items);
+        for (int i = kFirstAppendedMessage; i < kMessageCount; ++i)
+            QCOMPARE(t.messages[std::size_t(i)], QString::fromUtf8(builtInMessage(Msg(i))));
         QSet<QString> derived;
         for (int i = 5; i < 10; ++i) derived.insert(t.formatNames[std::size_t(i)]);
         QCOMPARE(derived.size(), 5);

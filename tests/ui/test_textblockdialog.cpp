@@ -1,20 +1,50 @@
 // The text dialog: what it hands back after OK, Cancel and Escape, the
-// formatting that counts at once, the spine strip, and text files.
+// formatting that counts at once, the spine strip, text files, and the scan
+// panel over folders and audio-disc images (real libcdio, CUE/BIN written here).
 #include "UiFixture.h"
 #include "ui/dialogs/TextBlockDialog.h"
 #include <QCheckBox>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QStorageInfo>
+#include <utime.h>
 
 using fixture::child;
 using Mode = TextEditRequest::Mode;
+namespace pf = jk::platform;
 
 namespace {
 
 QColor base(const TextBlockDialog* d) { return d->textInput()->palette().color(QPalette::Base); }
 QColor ink(const TextBlockDialog* d) { return d->textInput()->palette().color(QPalette::Text); }
 void click(QWidget* d, const char* names) { fixture::clickAll(d, QString::fromLatin1(names)); }
+
+// NAME.cue (Latin-1, CD-TEXT when a disc title is given) and a sparse
+// NAME.bin of binFrames sectors; tracks are (INDEX 01 time, title).
+QString writeImage(const QString& dir, const QString& name, const QList<QPair<QString, QString>>& tracks,
+                   qint64 binFrames, const QString& discTitle = {}, const QString& performer = {})
+{
+    QString cue;
+    if (!discTitle.isEmpty()) cue += QStringLiteral("TITLE \"%1\"\nPERFORMER \"%2\"\n").arg(discTitle, performer);
+    cue += QStringLiteral("FILE \"%1.bin\" BINARY\n").arg(name);
+    for (int i = 0; i < tracks.size(); ++i) {
+        cue += QStringLiteral("  TRACK %1 AUDIO\n").arg(i + 1, 2, 10, QLatin1Char('0'));
+        if (!tracks[i].second.isEmpty()) cue += QStringLiteral("    TITLE \"%1\"\n").arg(tracks[i].second);
+        cue += QStringLiteral("    INDEX 01 %1\n").arg(tracks[i].first);
+    }
+    QFile b(dir + u'/' + name + ".bin");
+    if (!fixture::writeFile(dir + u'/' + name + ".cue", cue.toLatin1()) || !b.open(QIODevice::WriteOnly) ||
+        !b.resize(binFrames * 2352))
+        qFatal("cannot write the image");
+    return dir + u'/' + name + ".cue";
+}
+
+void setStamp(const QString& path, const QDateTime& t)
+{
+    const utimbuf times{time_t(t.toSecsSinceEpoch()), time_t(t.toSecsSinceEpoch())};
+    if (utime(QFile::encodeName(path).constData(), &times) != 0) qFatal("no stamp");
+}
 
 }  // namespace
 
@@ -28,7 +58,11 @@ class TestTextBlockDialog : public QObject {
     FakeServices* fake() const { return t->fake.get(); }
 
 private Q_SLOTS:
-    void init() { t = std::make_unique<fixture::Dialog<TextBlockDialog>>(); }
+    void init()
+    {
+        t = std::make_unique<fixture::Dialog<TextBlockDialog>>();
+        jk::appSetup().files.discDatabasePath = tmp.filePath("cdplayer.ini");
+    }
     void cleanup() { t.reset(); }
 
     // Each row types into the dialog, then clicks the controls named.
@@ -248,6 +282,184 @@ private Q_SLOTS:
         save("x", tmp.filePath("missing/x.txt"));
         QCOMPARE(fake()->messages.calls.size(), 2);
         QVERIFY(fake()->messages.calls[1].text.contains("x.txt"));
+    }
+
+    // ---- The scan panel.
+    QString shown() const { return d()->textInput()->toPlainText(); }
+    bool enabled(const char* name) const { return child(d(), name)->isEnabled(); }
+    void chooseDrive(const QString& key)
+    {
+        auto* drives = child<DriveList>(d(), "Drive1");
+        drives->setCurrentIndex(drives->findData(key));
+    }
+    // Chooses the image through the drive list's "Disc image..." entry.
+    void chooseImage(const QString& cue)
+    {
+        fake()->files.openAnswers.push_back(cue);
+        chooseDrive(TextBlockDialog::kDiscImageChoice);
+    }
+    QString three() const
+    {
+        // 04:08, 03:49 and 05:21; CD-TEXT in Latin-1.
+        return writeImage(tmp.path(), "live", {{"00:00:00", "Opening"}, {"04:08:32", QString::fromUtf8("Côte")}, {"07:58:05", "Encore"}},
+                          60000, "Live", "The Band");
+    }
+
+    void scanPanelListsAFolder()
+    {
+        const QString dir = tmp.filePath("disc");
+        QVERIFY(QDir().mkpath(dir + "/IMAGES"));
+        const QDateTime pm(QDate(1998, 12, 24), QTime(15, 15));
+        QVERIFY(fixture::writeFile(dir + "/README.TXT", QByteArray(2048, 'x')) && fixture::writeFile(dir + "/a.txt", "abc"));
+        for (const char* name : {"README.TXT", "a.txt", "IMAGES"}) setStamp(dir + u'/' + name, pm);
+
+        TextEditRequest r;
+        r.style.fontName = "Arial";
+        open(r);
+        QVERIFY(!d()->findChild<QWidget*>("Frame1"));  // made when first asked for
+        child<QAction>(d(), "SCANCD")->trigger();
+        QVERIFY(child(d(), "Frame1")->isVisible() && !child(d(), "Frame4")->isVisible());
+        QVERIFY(QFontInfo(d()->textInput()->font()).fixedPitch());
+        child<DirList>(d(), "Dir1")->setPath(dir);
+        QCOMPARE(shown(), QString("a.txt\nREADME.TXT\n"));
+
+        // Every change of an option rebuilds the whole text, dropping edits.
+        d()->textInput()->appendPlainText("typed");
+        click(d(), "DATETIME");
+        QCOMPARE(shown(), QString("a.txt  24/12/98 03:15:00 PM\nREADME.TXT  24/12/98 03:15:00 PM\n"));
+        click(d(), "FILESIZE");
+        QCOMPARE(shown(), QString("a.txt                 3 Bytes  24/12/98 03:15:00 PM\n"
+                                  "README.TXT         2048 Bytes  24/12/98 03:15:00 PM\n"));
+        // Folders: no sizes, each named by its path below the drive's mount point.
+        click(d(), "Option3");
+        QVERIFY(!enabled("FILESIZE"));
+        const QString name = QDir(QStorageInfo(dir).rootPath()).relativeFilePath(dir + "/IMAGES");
+        QCOMPARE(shown(), name + QString(std::max<qsizetype>(0, 23 - name.size()), ' ') + "24/12/98 03:15:00 PM\n");
+        click(d(), "Option4");
+        QVERIFY(enabled("FILESIZE"));
+        QVERIFY(shown().startsWith("a.txt                 3 Bytes"));
+
+        // The File menu brings the typing options back; the text stays a listing.
+        QMetaObject::invokeMethod(child<QMenu>(d(), "TXTFILE"), "aboutToShow");
+        QVERIFY(!child(d(), "Frame1")->isVisible() && child(d(), "Frame4")->isVisible());
+        click(d(), "Command1");
+        const TextEditResult res = d()->result();
+        QVERIFY(res.accepted && res.fromListing);
+        QCOMPARE(res.style.fontName, QString("Fixedsys"));
+        QVERIFY(res.text.startsWith("a.txt                 3 Bytes  24/12/98"));
+        QVERIFY(fake()->messages.calls.isEmpty());
+    }
+
+    // An album image with CD-TEXT: its tracks and titles, the questions
+    // started with its performer and title, and its database section, which a
+    // second store replaces; then the stored titles win over the CD-TEXT.
+    void scanPanelListsAnAudioImageAndStoresIt()
+    {
+        const QString cue = three();
+        open();
+        child<QAction>(d(), "SCANCD")->trigger();
+        chooseImage(cue);
+        QCOMPARE(child<FileList>(d(), "File1")->fileNames(), QStringList({"Track01.cda", "Track02.cda", "Track03.cda"}));
+        QCOMPARE(child<DirList>(d(), "Dir1")->path(), cue);
+        QCOMPARE(shown(), QString::fromUtf8("Opening\nCôte\nEncore\n"));
+        QVERIFY(!enabled("Option3") && !enabled("Option4") && enabled("FILESIZE"));
+        click(d(), "DATETIME");
+        QCOMPARE(shown(), QString::fromUtf8("Opening          04:08\nCôte          03:49\nEncore          05:21\n"));
+        click(d(), "FILESIZE");
+        QCOMPARE(shown().section('\n', 0, 0), QString("Opening              44 Bytes           04:08"));
+        click(d(), "FILESIZE");
+        d()->textInput()->setPlainText("Intro\nSecond\nThird\n");
+
+        fake()->messages.answers = {pf::AnswerYes};
+        fake()->input.answers = {QString("Band"), QString("Live at home")};
+        click(d(), "Command1");
+        QCOMPARE(fake()->messages.calls.size(), 1);
+        QCOMPARE(fake()->messages.calls[0].defaultAnswer, int(pf::AnswerNo));
+        QCOMPARE(fake()->input.calls.size(), 2);
+        QCOMPARE(fake()->input.calls[0].initial, QString("The Band"));  // CD-TEXT performer, then title
+        QCOMPARE(fake()->input.calls[1].initial, QString("Live"));
+        const QByteArray section = "[C0C25]\r\nArtist=Band\r\nTitle=Live at home\r\nnumtracks=3\r\n"
+                                   "0=Intro\r\n1=Second\r\n2=Third\r\norder=0 1 2 \r\nnumplay=3\r\n";
+        QCOMPARE(fixture::readFile(tmp.filePath("cdplayer.ini")), section);
+        QVERIFY(d()->result().accepted && d()->result().fromListing);
+
+        // Next time the image is offered as a drive and the stored titles show.
+        init();
+        open();
+        child<QAction>(d(), "SCANCD")->trigger();
+        chooseDrive(cue);
+        QCOMPARE(shown(), QString("Intro\nSecond\nThird\n"));
+        fake()->messages.answers = {pf::AnswerYes};
+        fake()->input.answers = {std::nullopt};  // a cancelled question stores nothing
+        click(d(), "Command1");
+        QCOMPARE(fake()->input.calls[0].initial, QString("Band"));
+        QCOMPARE(fixture::readFile(tmp.filePath("cdplayer.ini")), section);
+
+        init();
+        open();
+        child<QAction>(d(), "SCANCD")->trigger();
+        chooseDrive(cue);
+        d()->textInput()->setPlainText("A\nB\n");
+        fake()->messages.answers = {pf::AnswerYes};
+        fake()->input.answers = {QString("Band"), QString("Live")};
+        click(d(), "Command1");
+        const QByteArray db = fixture::readFile(tmp.filePath("cdplayer.ini"));
+        QCOMPARE(db.count("[C0C25]"), 1);
+        QVERIFY(db.contains("0=A\r\n1=B\r\n2=\r\norder=0 1 2 \r\n"));
+    }
+
+    // Discs that go away, cannot be read or hold one track, and a database
+    // that cannot be used: a message or nothing, never a lost text.
+    void badDiscsAndDatabases()
+    {
+        open();
+        child<QAction>(d(), "SCANCD")->trigger();
+        const QString cue = three();
+        chooseImage(cue);
+        const QString listing = shown();
+        // The disc goes away: Retry asks again, Cancel keeps the text.
+        QVERIFY(QFile::remove(cue) && QFile::remove(tmp.filePath("live.bin")));
+        fake()->messages.answers = {pf::AnswerRetry, pf::AnswerCancel};
+        click(d(), "DATETIME");
+        QCOMPARE(fake()->messages.calls.size(), 2);
+        QCOMPARE(fake()->messages.calls[0].buttons, pf::Buttons::RetryCancel);
+        QCOMPARE(shown(), listing);
+        QVERIFY(child<FileList>(d(), "File1")->fileNames().isEmpty());
+        // Nothing to store without a disc.
+        fake()->messages.calls.clear();
+        click(d(), "Command1");
+        QVERIFY(fake()->messages.calls.isEmpty());
+
+        // Images that cannot be read say why and change nothing.
+        init();
+        open();
+        child<QAction>(d(), "SCANCD")->trigger();
+        d()->textInput()->setPlainText("kept");
+        const QString noBin = writeImage(tmp.path(), "nobin", {{"00:00:00", ""}, {"00:10:00", ""}}, 1500);
+        QVERIFY(QFile::remove(tmp.filePath("nobin.bin")));
+        const QString keyword = writeImage(tmp.path(), "keyword", {{"00:00:00", ""}, {"00:10:00", ""}}, 1500);
+        QFile k(keyword);
+        QVERIFY(k.open(QIODevice::Append) && k.write("    NONSENSE 00:02:00\n"));
+        k.close();
+        chooseImage(noBin);
+        chooseImage(keyword);
+        chooseImage(writeImage(tmp.path(), "single", {{"00:00:00", "Only"}}, 750));  // one track: no output
+        QCOMPARE(shown(), QString("kept"));
+        QCOMPARE(fake()->messages.calls.size(), 2);
+        QVERIFY(fake()->messages.calls[0].text.contains("nobin.bin"));
+        for (const auto& c : fake()->messages.calls) QCOMPARE(c.icon, pf::Icon::Warning);
+
+        // An unusable database is reported before any question and left alone.
+        fake()->messages.calls.clear();
+        chooseImage(three());
+        jk::appSetup().files.discDatabasePath = tmp.filePath("folder.ini");
+        QVERIFY(QDir().mkpath(tmp.filePath("folder.ini")));
+        fake()->messages.answers = {pf::AnswerYes};
+        click(d(), "Command1");
+        QCOMPARE(fake()->messages.calls.size(), 2);
+        QVERIFY(fake()->messages.calls[1].text.contains("folder.ini"));
+        QVERIFY(fake()->input.calls.isEmpty());
+        QVERIFY(QFileInfo(tmp.filePath("folder.ini")).isDir() && d()->result().accepted);
     }
 };
 

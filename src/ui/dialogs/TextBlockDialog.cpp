@@ -4,8 +4,14 @@
 #include "model/AppContext.h"
 #include "render/SheetObjects.h"
 #include "file/MessageFile.h"
+#include "file/Paths.h"
+#include "sources/disc/CdPlayerDatabase.h"
+#include "ui/widgets/DriveFolderFile.h"
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
+#include <QDir>
+#include <QScopeGuard>
 #include <QFile>
 #include <QFileInfo>
 #include <QGroupBox>
@@ -84,6 +90,57 @@ QByteArray encodeText(const QString& s)
     return out;
 }
 
+// The hourglass while a listing is read; never over a message box.
+struct WaitCursor {
+    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
+    WaitCursor(const WaitCursor&) = delete;
+    WaitCursor& operator=(const WaitCursor&) = delete;
+};
+
+// Where the scan panel was last, and the disc images chosen in this session:
+// the next dialog starts there and offers them again.
+QString& lastScanFolder()
+{
+    static QString folder;
+    return folder;
+}
+QStringList& chosenImages()
+{
+    static QStringList images;
+    return images;
+}
+
+// The scan panel's drives: the mounted file systems, every optical drive (a
+// mounted disc as its folder), the disc images chosen before and the entry
+// that chooses one.
+QList<DriveEntry> scanDriveEntries()
+{
+    namespace src = jk::sources;
+    QList<DriveEntry> out;
+    const auto named = [](const QString& path, const QString& label) {
+        return label.isEmpty() ? QString() : path + QStringLiteral("  [") + label + u']';
+    };
+    DriveEntry imageChoice;
+    for (const src::ScanDrive& d : src::scanDrives()) {
+        switch (d.kind) {
+        case src::ScanDrive::Volume: out.append({d.path, named(d.path, d.label), true}); break;
+        case src::ScanDrive::OpticalDrive:
+            if (!d.mountPoint.isEmpty())
+                out.append({d.mountPoint, named(d.mountPoint, d.label.isEmpty() ? d.path : d.label), true});
+            else
+                out.append({d.path, QString(), false});
+            break;
+        case src::ScanDrive::DiscImage:
+            imageChoice = {TextBlockDialog::kDiscImageChoice, jk::texts().msg(jk::Msg::DiscImageEntry), false};
+            break;
+        }
+    }
+    for (const QString& image : chosenImages()) out.append({image, QFileInfo(image).fileName(), false});
+    out.append(imageChoice);
+    return out;
+}
+
 QString decodeFile(const QByteArray& data)
 {
     // UTF-16 is only recognised by its byte-order mark.
@@ -93,6 +150,8 @@ QString decodeFile(const QByteArray& data)
 }
 
 }  // namespace
+
+const QString TextBlockDialog::kDiscImageChoice = QStringLiteral(":disc-image");
 
 TextBlockDialog::TextBlockDialog(QWidget* parent) : TextBlockDialog(TextEditRequest{}, parent) {}
 
@@ -108,6 +167,8 @@ TextBlockDialog::TextBlockDialog(const TextEditRequest& request, QWidget* parent
     fopen_->setObjectName("Fopen");
     fsave_ = txtFile_->addAction(jk::texts().msgOr(jk::Msg::SaveMenu, "&Save"));
     fsave_->setObjectName("Fsave");
+    scancd_ = menuBar_->addAction(jk::texts().msgOr(jk::Msg::ScanDrive, "Scan &Drive"));
+    scancd_->setObjectName("SCANCD");
 
     frame2_ = new QGroupBox(jk::texts().msgOr(jk::Msg::Text, "Text"), this);
     frame2_->setObjectName("Frame2");
@@ -191,6 +252,8 @@ TextBlockDialog::TextBlockDialog(const TextEditRequest& request, QWidget* parent
     connect(check1_, &QCheckBox::clicked, this, &TextBlockDialog::toggleBorder);
     connect(fopen_, &QAction::triggered, this, &TextBlockDialog::openTextFile);
     connect(fsave_, &QAction::triggered, this, &TextBlockDialog::saveTextFile);
+    connect(txtFile_, &QMenu::aboutToShow, this, &TextBlockDialog::showTypingPanel);
+    connect(scancd_, &QAction::triggered, this, &TextBlockDialog::openScanPanel);
 
     // Remember where an edit went in; textChanged then trims what the spine
     // strip cannot take (the document must not be edited while it reports).
@@ -237,6 +300,7 @@ void TextBlockDialog::initialise(const TextEditRequest& request)
         option1_->hide();
         check1_->hide();
         txtFile_->menuAction()->setVisible(false);
+        scancd_->setVisible(false);
         menuBar_->hide();
         option2_->setChecked(true);
         fore_ = sf.foreColor;
@@ -342,6 +406,7 @@ void TextBlockDialog::acceptText()
 {
     QString text = textinput_->toPlainText();
     text.replace(u'\t', QStringLiteral("        "));
+    if (listsAudioDisc()) storeDisc(text);
     result_.text = text;
     result_.accepted = true;
     result_.fromListing = fromListing_;
@@ -577,4 +642,227 @@ bool TextBlockDialog::writeTextFile(const QString& path, const QString& text, QS
         return false;
     }
     return true;
+}
+
+// ------------------------------------------------------------ the scan panel
+
+void TextBlockDialog::buildScanPanel()
+{
+    frame1_ = new QGroupBox(jk::plainCaption(jk::texts().msgOr(jk::Msg::ScanDrive, "Scan drive")), panel_);
+    frame1_->setObjectName("Frame1");
+    trio_ = new DriveFolderFileTrio(frame1_);
+    trio_->setMinimumSize(400, 200);
+    option3_ = new QRadioButton(jk::texts().msgOr(jk::Msg::Folders, "Directories"), frame1_);
+    option3_->setObjectName("Option3");
+    option4_ = new QRadioButton(jk::texts().msgOr(jk::Msg::Files, "Files"), frame1_);
+    option4_->setObjectName("Option4");
+    option4_->setChecked(true);
+    datetime_ = new QCheckBox(jk::texts().msgOr(jk::Msg::DatesAndTimes, "Date/Time"), frame1_);
+    datetime_->setObjectName("DATETIME");
+    filesize_ = new QCheckBox(jk::texts().msgOr(jk::Msg::FileSizes, "File size"), frame1_);
+    filesize_->setObjectName("FILESIZE");
+
+    auto* options = new QHBoxLayout;
+    options->addWidget(option3_);
+    options->addWidget(option4_);
+    options->addSpacing(12);
+    options->addWidget(datetime_);
+    options->addWidget(filesize_);
+    options->addStretch(1);
+    auto* layout = new QVBoxLayout(frame1_);
+    layout->addWidget(trio_, 1);
+    layout->addLayout(options);
+    static_cast<QVBoxLayout*>(panel_->layout())->insertWidget(3, frame1_, 1);
+
+    if (!lastScanFolder().isEmpty()) trio_->setPath(lastScanFolder());
+    trio_->driveList()->setProvider(scanDriveEntries);
+    shownDrive_ = trio_->driveList()->drive();
+
+    connect(trio_, &DriveFolderFileTrio::driveChanged, this, [this](const QString& drive) { shownDrive_ = drive; });
+    connect(trio_, &DriveFolderFileTrio::pathChanged, this, [this](const QString& folder) {
+        disc_.reset();
+        lastScanFolder() = folder;
+        scanDisk();
+    });
+    connect(trio_, &DriveFolderFileTrio::sourceChosen, this, &TextBlockDialog::chooseSource);
+    for (QAbstractButton* b : {static_cast<QAbstractButton*>(option3_), static_cast<QAbstractButton*>(option4_),
+                               static_cast<QAbstractButton*>(datetime_), static_cast<QAbstractButton*>(filesize_)})
+        connect(b, &QAbstractButton::clicked, this, &TextBlockDialog::scanDisk);
+}
+
+void TextBlockDialog::openScanPanel()
+{
+    if (spine_) return;
+    if (!frame1_) buildScanPanel();
+    frame4_->hide();
+    frame5_->hide();
+    frame1_->show();
+    datetime_->setChecked(false);
+    filesize_->setChecked(false);
+    fromListing_ = true;
+    textinput_->setFont(editFont());
+    // A listing lines up in columns: no line is folded.
+    textinput_->setLineWrapMode(QPlainTextEdit::NoWrap);
+    // The panel makes the dialog larger: keep it centred and on the screen.
+    resize(size().expandedTo(sizeHint()));
+    if (QScreen* s = screen()) {
+        const QRect area = s->availableGeometry();
+        move(area.x() + std::max(0, (area.width() - width()) / 2), area.y() + std::max(0, (area.height() - height()) / 2));
+    }
+    scanDisk();
+}
+
+void TextBlockDialog::showTypingPanel()
+{
+    if (frame1_) frame1_->hide();
+    textinput_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+    frame4_->show();
+    frame5_->show();
+}
+
+void TextBlockDialog::chooseSource(const QString& key)
+{
+    DriveList* drives = trio_->driveList();
+    if (key == kDiscImageChoice) {
+        const QString path = pf::services().files->openFile(jk::plainCaption(jk::texts().msg(jk::Msg::DiscImageEntry)),
+                                                            lastScanFolder(), jk::sources::discImageFilter());
+        if (path.isEmpty()) {
+            drives->setDrive(shownDrive_);  // the list shows what is listed
+            return;
+        }
+        const QString image = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+        if (!chosenImages().contains(image)) chosenImages().append(image);
+        drives->addEntry({image, QFileInfo(image).fileName(), false});
+        drives->setDrive(image);  // lists it, as choosing it from the list does
+        return;
+    }
+    shownDrive_ = key;
+    const bool found = loadDisc(key);
+    trio_->showSource(key, drives->currentText(), found ? disc_->fileNames : QStringList());
+    if (found) scanDisk();
+}
+
+bool TextBlockDialog::loadDisc(const QString& source)
+{
+    namespace src = jk::sources;
+    disc_.reset();
+    const QString dbPath = jk::app().files.discDatabasePath.isEmpty() ? jk::paths::discDatabaseFile()
+                                                                       : jk::app().files.discDatabasePath;
+    for (;;) {
+        src::Listing why;
+        {
+            WaitCursor wait;
+            // An unusable database only costs the stored titles here.
+            src::CdPlayerDatabase db(dbPath);
+            db.load();
+            disc_ = src::readAudioDisc(source, &db, &why);
+        }
+        if (disc_) return true;
+        if (why.outcome != src::Listing::NoDisc) {
+            showError(why.message);
+            return false;
+        }
+        if (!askRetry(why.message)) return false;
+    }
+}
+
+bool TextBlockDialog::askRetry(const QString& reason)
+{
+    const QString text = jk::texts().msg(jk::Msg::AudioCdRetry);
+    const int answer = pf::services().messages->show(reason.isEmpty() ? text : reason + QStringLiteral("\n\n") + text,
+                                                     jk::texts().msgOr(jk::Msg::AudioCd, "Audio CD"),
+                                                     pf::Icon::Information, pf::Buttons::RetryCancel, pf::AnswerRetry);
+    return answer == pf::AnswerRetry;
+}
+
+void TextBlockDialog::scanDisk()
+{
+    namespace src = jk::sources;
+    if (!frame1_ || scanning_) return;
+    scanning_ = true;
+    const auto done = qScopeGuard([this] { scanning_ = false; });
+
+    src::ListingOptions options;
+    options.dates = datetime_->isChecked();
+    src::Listing listing;
+    const QString source = trio_->source();
+    if (!source.isEmpty()) {
+        // A disc lists its tracks as files; the kind cannot be chosen.
+        option4_->setChecked(true);
+        option3_->setEnabled(false);
+        option4_->setEnabled(false);
+        filesize_->setEnabled(true);
+        options.sizes = filesize_->isChecked();
+        for (;;) {
+            if (!disc_ && !loadDisc(source)) {
+                trio_->showSource(source, trio_->driveList()->currentText(), {});
+                return;
+            }
+            {
+                WaitCursor wait;
+                listing = src::listAudioDisc(*disc_, options);
+            }
+            if (listing.outcome != src::Listing::NoDisc) break;
+            disc_.reset();
+            if (!askRetry(listing.message)) return;
+        }
+        trio_->showSource(source, trio_->driveList()->currentText(), disc_->fileNames);
+    } else {
+        option3_->setEnabled(true);
+        option4_->setEnabled(true);
+        options.folders = option3_->isChecked();
+        filesize_->setEnabled(!options.folders);  // folders have no size
+        options.sizes = !options.folders && filesize_->isChecked();
+        WaitCursor wait;
+        listing = src::listFolder(trio_->path(), options, trio_->driveList()->drive());
+    }
+
+    switch (listing.outcome) {
+    case src::Listing::Text: {
+        WaitCursor wait;
+        textinput_->setPlainText(listing.text.replace(QLatin1String("\r\n"), QLatin1String("\n")));
+        break;
+    }
+    case src::Listing::Unchanged: break;  // a one-track disc: nothing to list
+    case src::Listing::NoDisc:
+    case src::Listing::Failed: showError(listing.message); break;
+    }
+}
+
+bool TextBlockDialog::listsAudioDisc() const
+{
+    // The audio test as it always was: the second file ends in "cda".
+    return fromListing_ && trio_ && disc_ && !trio_->source().isEmpty() &&
+           trio_->fileList()->fileNames().value(1).endsWith(QLatin1String("cda"), Qt::CaseInsensitive);
+}
+
+void TextBlockDialog::storeDisc(const QString& text)
+{
+    namespace src = jk::sources;
+    const QString caption = jk::texts().msgOr(jk::Msg::AudioCd, "Audio CD");
+    const int answer = pf::services().messages->show(
+        jk::texts().msgOr(jk::Msg::StoreTrackTitles, "Store the track titles of this CD in the disc database?"), caption,
+        pf::Icon::Question, pf::Buttons::YesNo, pf::AnswerNo);
+    if (answer != pf::AnswerYes) return;
+    const int trackCount = int(disc_->toc.tracks.size());
+    if (trackCount < 2) return;
+
+    const QString notStored = jk::texts().msg(jk::Msg::TitlesNotStored);
+    src::CdPlayerDatabase db(jk::app().files.discDatabasePath.isEmpty() ? jk::paths::discDatabaseFile()
+                                                                         : jk::app().files.discDatabasePath);
+    QString why;
+    // Asked before the questions, so nobody types titles that cannot be kept.
+    if (!db.load(&why)) {
+        showError(why + u'\n' + notStored);
+        return;
+    }
+    const std::optional<QString> artist = pf::services().input->getText(
+        jk::texts().msgOr(jk::Msg::EnterArtist, "Enter the name of the artist:"), caption, disc_->artist);
+    if (!artist) return;
+    const std::optional<QString> title = pf::services().input->getText(
+        jk::texts().msgOr(jk::Msg::EnterCdTitle, "Enter the title of the CD:"), caption, disc_->title);
+    if (!title) return;
+    // Each line ended by a line break is one track's title.
+    const QStringList titles = src::CdPlayerDatabase::titlesFromText(QString(text).replace(u'\n', u'\r'));
+    if (!db.store(disc_->id, {*artist, *title, titles}, trackCount, &why)) showError(why + u'\n' + notStored);
 }

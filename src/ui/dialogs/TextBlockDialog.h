@@ -10,11 +10,13 @@
 // after OK.
 #include "model/Project.h"
 #include "model/Records.h"
+#include "sources/disc/DiscListing.h"
 #include <QDialog>
 #include <QFont>
 #include <QString>
 #include <optional>
 
+class DriveFolderFileTrio;
 class QAction;
 class QCheckBox;
 class QGroupBox;
@@ -85,6 +87,17 @@ public:
 
     QPlainTextEdit* textInput() const { return textinput_; }
 
+    // The "Scan drive" panel (Frame1): a listing of the chosen folder or
+    // disc replaces the text, in the fixed-pitch face.
+    void openScanPanel();
+    // Back to the typing options (what opening the File menu does).
+    void showTypingPanel();
+    // Rebuilds the whole text from the drive, folder, kind and options;
+    // runs on every change of them while the panel is open.
+    void scanDisk();
+    // The drive list's entry that asks for a disc image file.
+    static const QString kDiscImageChoice;
+
 protected:
     void reject() override;
 
@@ -99,6 +112,18 @@ private:
     void toggleBorder();
     void openTextFile();
     void saveTextFile();
+
+    void buildScanPanel();
+    void chooseSource(const QString& key);
+    // Reads the audio disc of a drive or image into disc_, offering Retry
+    // while there is none; false when there is none or it cannot be read.
+    bool loadDisc(const QString& source);
+    bool askRetry(const QString& reason);
+    // The file list holds an audio disc's tracks ("Track01.cda"…).
+    bool listsAudioDisc() const;
+    // Offers to store the disc's artist, title and the accepted lines as its
+    // track titles in the CD player database.
+    void storeDisc(const QString& text);
 
     // A style that gets its first formatting starts from the block defaults,
     // so that the sheet keeps the formatting instead of replacing it.
@@ -128,4 +153,14 @@ private:
     QPushButton *ok_, *cancel_, *fonts_, *foreColor_;
     QRadioButton *lft_, *cntr_, *rgt_, *option1_, *option2_;
     QCheckBox* check1_;
+
+    // The scan panel, made when first opened.
+    QAction* scancd_;
+    QGroupBox* frame1_ = nullptr;
+    DriveFolderFileTrio* trio_ = nullptr;
+    QRadioButton *option3_ = nullptr, *option4_ = nullptr;
+    QCheckBox *datetime_ = nullptr, *filesize_ = nullptr;
+    QString shownDrive_;  // the drive entry listed last, to go back to
+    std::optional<jk::sources::AudioDisc> disc_;  // the audio disc being listed
+    bool scanning_ = false;
 };

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kPathRole = Qt::UserRole;
 constexpr int kLevelRole = Qt::UserRole + 1;
+constexpr int kFolderRole = Qt::UserRole + 2;
 
 struct Drive {
     QString root, label;
@@ -119,9 +120,42 @@ DriveList::DriveList(QWidget* parent) : QComboBox(parent)
     });
 }
 
-void DriveList::addDrive(const QString& root, const QString& label)
+void DriveList::addDrive(const QString& root, const QString& label, bool folder)
 {
-    addItem(label.isEmpty() ? root : root + QStringLiteral("  [") + label + u']', root);
+    addItem(label.isEmpty() ? root : label, root);
+    setItemData(count() - 1, folder, kFolderRole);
+}
+
+QList<DriveEntry> DriveList::entries() const
+{
+    if (provider_) return provider_();
+    QList<DriveEntry> out;
+    for (const Drive& d : mountedDrives())
+        out.append({d.root, d.label.isEmpty() ? QString() : d.root + QStringLiteral("  [") + d.label + u']', true});
+    return out;
+}
+
+void DriveList::setProvider(std::function<QList<DriveEntry>()> provider)
+{
+    provider_ = std::move(provider);
+    refresh();
+}
+
+void DriveList::addEntry(const DriveEntry& entry)
+{
+    const int i = findData(entry.key);
+    if (i < 0) {
+        addDrive(entry.key, entry.label, entry.folder);
+        return;
+    }
+    setItemText(i, entry.label.isEmpty() ? entry.key : entry.label);
+    setItemData(i, entry.folder, kFolderRole);
+}
+
+bool DriveList::isFolder(const QString& key) const
+{
+    const int i = findData(key);
+    return i >= 0 && itemData(i, kFolderRole).toBool();
 }
 
 void DriveList::refresh()
@@ -130,9 +164,10 @@ void DriveList::refresh()
     {
         const QSignalBlocker block(this);
         clear();
-        for (const Drive& d : mountedDrives()) addDrive(d.root, d.label);
-        const int i = findData(keep);
-        setCurrentIndex(i >= 0 ? i : findData(QStringLiteral("/")));
+        for (const DriveEntry& e : entries()) addDrive(e.key, e.label, e.folder);
+        int i = findData(keep);
+        if (i < 0) i = findData(QStringLiteral("/"));
+        setCurrentIndex(i >= 0 ? i : 0);
     }
     const QString now = drive();
     if (now == last_) return;
@@ -166,7 +201,10 @@ void DriveList::setDrive(const QString& mountPoint)
 
 void DriveList::setDriveForPath(const QString& path)
 {
-    const int i = findData(longestRootHolding(cleanAbsolute(path), drives()));
+    QStringList folders;
+    for (int k = 0; k < count(); ++k)
+        if (itemData(k, kFolderRole).toBool()) folders << itemData(k).toString();
+    const int i = findData(longestRootHolding(cleanAbsolute(path), folders));
     if (i < 0) return;
     const QSignalBlocker block(this);
     setCurrentIndex(i);
@@ -198,13 +236,27 @@ void DirList::setPath(const QString& path)
     while (!QFileInfo(p).isDir() && p != QLatin1String("/")) p = QFileInfo(p).path();
     if (p == path_) return;
     path_ = p;
+    source_ = false;
     fill();
     Q_EMIT pathChanged(path_);
 }
 
 void DirList::refresh()
 {
-    if (!path_.isEmpty()) fill();
+    if (!path_.isEmpty() && !source_) fill();
+}
+
+void DirList::showSource(const QString& key, const QString& label)
+{
+    path_ = key;
+    source_ = true;
+    subfolders_.clear();
+    clear();
+    auto* it = new QListWidgetItem(style()->standardIcon(QStyle::SP_DriveCDIcon), label, this);
+    it->setData(kPathRole, key);
+    it->setData(kLevelRole, 0);
+    it->setToolTip(key);
+    setCurrentItem(it);
 }
 
 void DirList::fill()
@@ -257,7 +309,19 @@ FileList::FileList(QWidget* parent) : QListWidget(parent)
 void FileList::setPath(const QString& path)
 {
     path_ = path;
+    given_ = false;
     refresh();
+}
+
+void FileList::setEntries(const QStringList& names)
+{
+    path_.clear();
+    given_ = true;
+    names_ = names;
+    setUpdatesEnabled(false);
+    clear();
+    addItems(names_);
+    setUpdatesEnabled(true);
 }
 
 void FileList::setPattern(const QString& pattern)
@@ -275,6 +339,7 @@ void FileList::setExecutablesOnly(bool on)
 
 void FileList::refresh()
 {
+    if (given_) return;
     QStringList filters;
     for (const QString& raw : pattern_.split(u';', Qt::SkipEmptyParts)) {
         const QString f = raw.trimmed();
@@ -340,10 +405,16 @@ DriveFolderFileTrio::DriveFolderFileTrio(QWidget* parent)
     grid->addWidget(file_, 0, 1, 2, 1);
 
     connect(drive_, &DriveList::driveChanged, this, [this](const QString& root) {
+        if (!drive_->isFolder(root)) {
+            Q_EMIT sourceChosen(root);
+            return;
+        }
+        source_.clear();
         dir_->setPath(root);
         Q_EMIT driveChanged(root);
     });
     connect(dir_, &DirList::pathChanged, this, [this](const QString& p) {
+        source_.clear();
         file_->setPath(p);
         drive_->setDriveForPath(p);
         Q_EMIT pathChanged(p);
@@ -363,6 +434,13 @@ void DriveFolderFileTrio::setPath(const QString& folder)
 {
     drive_->setDriveForPath(folder);
     dir_->setPath(folder);
+}
+
+void DriveFolderFileTrio::showSource(const QString& key, const QString& label, const QStringList& entries)
+{
+    source_ = key;
+    dir_->showSource(key, label);
+    file_->setEntries(entries);
 }
 
 QString DriveFolderFileTrio::filePath() const

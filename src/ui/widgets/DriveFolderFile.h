@@ -8,6 +8,16 @@
 #include <QListWidget>
 #include <QStringList>
 #include <QWidget>
+#include <functional>
+
+// One entry of a drive list. A folder entry is browsed; any other (an optical
+// drive without a mounted disc, a disc image, the choice of one) is handed to
+// whoever offered it.
+struct DriveEntry {
+    QString key;    // mount point, or what the offerer makes of it
+    QString label;  // shown instead of the key when not empty
+    bool folder = true;
+};
 
 // The mounted file systems a user would call drives.
 class DriveList : public QComboBox {
@@ -30,6 +40,14 @@ public:
     // Mount points listed, in list order.
     QStringList drives() const;
 
+    // Offers these entries instead of the mounted file systems, now and on
+    // every refresh().
+    void setProvider(std::function<QList<DriveEntry>()> provider);
+    // Adds an entry (or relabels the one of that key) without selecting it.
+    void addEntry(const DriveEntry& entry);
+    // True for a listed folder entry (every entry of the default list).
+    bool isFolder(const QString& key) const;
+
     // The mount point holding path, among the mounted file systems (at
     // least "/").
     static QString mountPointOf(const QString& path);
@@ -38,7 +56,9 @@ Q_SIGNALS:
     void driveChanged(const QString& mountPoint);
 
 private:
-    void addDrive(const QString& root, const QString& label);
+    void addDrive(const QString& root, const QString& label, bool folder = true);
+    QList<DriveEntry> entries() const;
+    std::function<QList<DriveEntry>()> provider_;
     QString last_;
 };
 
@@ -59,6 +79,9 @@ public:
     void refresh();
     // Full paths of the listed sub-folders, in list order.
     QStringList subfolders() const { return subfolders_; }
+    // Shows something that is no folder (a disc) as the one entry; path()
+    // is then key, and opening the entry goes to the folder holding it.
+    void showSource(const QString& key, const QString& label);
 
 Q_SIGNALS:
     void pathChanged(const QString& path);
@@ -67,6 +90,7 @@ private:
     void fill();
     QString path_;
     QStringList subfolders_;
+    bool source_ = false;  // path_ is a disc shown by showSource()
 };
 
 // The files of one folder that match a pattern ("*.exe", "*.bmp;*.jpg"),
@@ -87,6 +111,9 @@ public:
     void setExecutablesOnly(bool on);
     bool executablesOnly() const { return executablesOnly_; }
     void refresh();
+    // Lists these names instead of a folder's files (the tracks of an audio
+    // disc); path() is then empty, and setPath() lists a folder again.
+    void setEntries(const QStringList& names);
 
     // The selected file name, empty when none is selected.
     QString fileName() const;
@@ -106,6 +133,7 @@ private:
     QString path_, pattern_ = QStringLiteral("*.*");
     QStringList names_;
     bool executablesOnly_ = false;
+    bool given_ = false;  // names_ came from setEntries()
 };
 
 // The three lists wired together: a drive change opens the drive's root, a
@@ -127,8 +155,16 @@ public:
     // selected file name; empty when no file is selected.
     QString filePath() const;
 
+    // A drive entry that is no folder was chosen; its offerer shows it with
+    // showSource() or selects another drive.
+    QString source() const { return source_; }
+    // Shows a disc that is no folder: Dir1 holds it alone, File1 the
+    // entries given. Leaving it (another drive or folder) ends it.
+    void showSource(const QString& key, const QString& label, const QStringList& entries);
+
 Q_SIGNALS:
     void driveChanged(const QString& mountPoint);
+    void sourceChosen(const QString& key);
     void pathChanged(const QString& path);
     void fileClicked(const QString& name);
     void fileDoubleClicked(const QString& name);
@@ -137,4 +173,5 @@ private:
     DriveList* drive_;
     DirList* dir_;
     FileList* file_;
+    QString source_;
 };

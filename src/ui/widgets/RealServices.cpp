@@ -21,6 +21,7 @@ QMessageBox::StandardButton toButton(int answer)
     case pf::AnswerCancel: return QMessageBox::Cancel;
     case pf::AnswerYes: return QMessageBox::Yes;
     case pf::AnswerNo: return QMessageBox::No;
+    case pf::AnswerRetry: return QMessageBox::Retry;
     default: return QMessageBox::NoButton;
     }
 }
@@ -44,6 +45,7 @@ public:
         case pf::Buttons::OkCancel: set = QMessageBox::Ok | QMessageBox::Cancel; break;
         case pf::Buttons::YesNo: set = QMessageBox::Yes | QMessageBox::No; break;
         case pf::Buttons::YesNoCancel: set = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel; break;
+        case pf::Buttons::RetryCancel: set = QMessageBox::Retry | QMessageBox::Cancel; break;
         }
         const QString caption = title.isEmpty() ? QGuiApplication::applicationDisplayName() : title;
         QMessageBox box(qicon, caption, text, set, dialogParent());
@@ -58,6 +60,7 @@ public:
         case QMessageBox::Cancel: return pf::AnswerCancel;
         case QMessageBox::Yes: return pf::AnswerYes;
         case QMessageBox::No: return pf::AnswerNo;
+        case QMessageBox::Retry: return pf::AnswerRetry;
         default: break;
         }
         // Closed without a button: the box's escape answer.
