@@ -3,6 +3,7 @@
 #include "platform/Pictures.h"
 #include "ui/widgets/RealServices.h"
 #include "output/Export.h"
+#include "output/PrintCommand.h"
 #include "render/SheetRenderer.h"
 #include "sources/disc/DiscCommand.h"
 #include "platform/SingleInstance.h"
@@ -29,6 +30,7 @@ int main(int argc, char* argv[])
     bool headless = false;
     for (int i = 1; i < argc; ++i)
         if (qstrcmp(argv[i], "--export") == 0 || qstrncmp(argv[i], "--export=", 9) == 0 ||
+            qstrcmp(argv[i], "--print") == 0 || qstrncmp(argv[i], "--print=", 8) == 0 ||
             qstrcmp(argv[i], "--help") == 0 || qstrcmp(argv[i], "-h") == 0 || qstrcmp(argv[i], "--version") == 0 ||
             qstrcmp(argv[i], "-v") == 0)
             headless = true;
@@ -64,6 +66,30 @@ int main(int argc, char* argv[])
                       QStringLiteral("Print the identifier of the audio disc in SOURCE (a drive or a disc image) "
                                      "and exit; exit status 1 when it holds no audio disc."),
                       QStringLiteral("SOURCE")});
+    const QCommandLineOption printOption(
+        QStringLiteral("print"),
+        QStringLiteral("Print FILE.prj like Print Project (like Print Selected with --sheets), fields advancing "
+                       "per copy, and exit, without any window. Problems go to standard error; the exit status is "
+                       "then 1."),
+        QStringLiteral("FILE.prj"));
+    parser.addOption(printOption);
+    parser.addOption({QStringLiteral("printer"), QStringLiteral("With --print: the printer (default: the default printer)."),
+                      QStringLiteral("NAME")});
+    parser.addOption({QStringLiteral("copies"), QStringLiteral("With --print: the number of copies (default 1)."),
+                      QStringLiteral("N")});
+    parser.addOption({QStringLiteral("sheets"),
+                      QStringLiteral("With --print: print only these sheets, by format code (1 front cover, 2 booklet, "
+                                     "4 inside card, 8 disc label, 16 paper jacket), e.g. 2,8."),
+                      QStringLiteral("CODES")});
+    parser.addOption({QStringLiteral("stock"),
+                      QStringLiteral("With --print: the disc-label stock, a name from CDRTYPE.TXT "
+                                     "(needed when a disc label prints)."),
+                      QStringLiteral("NAME")});
+    parser.addOption({QStringLiteral("keep-background"), QStringLiteral("With --print: print the disc label's background too.")});
+    parser.addOption({QStringLiteral("pdf"),
+                      QStringLiteral("With --print: write the same pages into OUT.pdf instead of printing (full pages, "
+                                     "the default printer's paper or A4)."),
+                      QStringLiteral("OUT.pdf")});
     parser.process(app);
 
     // Old projects name Windows faces; map them to installed look-alikes.
@@ -79,6 +105,24 @@ int main(int argc, char* argv[])
         }
         jk::sheet::setImageLoader([](const QString& path) { return jk::platform::loadPicture(path); });
         return jk::exportProject(parser.value(exportOption), files.first(), err);
+    }
+
+    if (parser.isSet(printOption)) {
+        QTextStream err(stderr);
+        if (!parser.positionalArguments().isEmpty()) {
+            err << "jewlkit: --print FILE.prj takes no other project file" << Qt::endl;
+            return 1;
+        }
+        jk::print::PrintCommand c;
+        c.project = parser.value(printOption);
+        c.printer = parser.value(QStringLiteral("printer"));
+        c.copies = parser.value(QStringLiteral("copies"));
+        c.sheets = parser.value(QStringLiteral("sheets"));
+        c.stock = parser.value(QStringLiteral("stock"));
+        c.keepBackground = parser.isSet(QStringLiteral("keep-background"));
+        c.pdf = parser.value(QStringLiteral("pdf"));
+        jk::sheet::setImageLoader([](const QString& path) { return jk::platform::loadPicture(path); });
+        return jk::print::runPrintCommand(c, err);
     }
 
     // Only one instance at a time: a second start leaves the first alone.

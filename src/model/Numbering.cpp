@@ -211,6 +211,28 @@ void advanceSheet(Project& project, int sheetCode)
     }
 }
 
+FieldValues advancedSheetValues(const Project& project, int sheetCode, const FieldValues& shown)
+{
+    // Stepping a scratch copy keeps one set of stepping rules.
+    Project scratch;
+    scratch.load(project.data());
+    applyFieldValues(scratch, shown);
+    advanceSheet(scratch, sheetCode);
+    FieldValues v = shown;
+    for (int i = 1; i <= scratch.charFields().count(); ++i)
+        if (!scratch.charFields().at(i).isFree() &&
+            (shown.charText.contains(i) || scratch.charFields().at(i).text != project.charFields().at(i).text))
+            v.charText.insert(i, scratch.charFields().at(i).text);
+    for (int i = 1; i <= scratch.numFields().count(); ++i) {
+        const NumFieldRecord& r = scratch.numFields().at(i);
+        if (!r.isFree() && r.shown && (shown.numText.contains(i) || r.shown != project.numFields().at(i).shown))
+            v.numText.insert(i, *r.shown);
+    }
+    if (shown.spineNumber || scratch.spineNumberText() != project.spineNumberText()) v.spineNumber = scratch.spineNumberText();
+    if (shown.lastNumber || scratch.currentNumber() != project.currentNumber()) v.lastNumber = scratch.currentNumber();
+    return v;
+}
+
 QString valueForCopy(const QStringList& values, int copy)
 {
     if (values.isEmpty()) return {};

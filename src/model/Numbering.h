@@ -92,6 +92,10 @@ void updateSpineNumber(Project& project);
 // a value file shows its next value, and each numeric field of the sheet
 // that shows a number shows the one after it, in every open sheet.
 void advanceSheet(Project& project, int sheetCode);
+// The same as a value: what the fields show after advanceSheet, when they
+// show `shown` (over the project's own texts) before it. The project is not
+// changed, so a run can step a sheet per copy and change the document once.
+FieldValues advancedSheetValues(const Project& project, int sheetCode, const FieldValues& shown);
 
 // The value copy `copy` (from 1) shows: the copy-th one, the last one when
 // the list is shorter; empty for an empty list.

@@ -66,6 +66,7 @@ struct Scene {
 void drawBackground(QPainter& p, const Scene& s, const QRectF& canvas)
 {
     p.fillRect(canvas, Qt::white);
+    if (!s.o.background) return;
     const Background b = parseBackground(s.project.background(s.code).text);
     if (b.kind == Background::Colour) {
         p.fillRect(canvas, winColor(b.colour));

@@ -21,6 +21,7 @@ struct RenderOptions {
     bool textPage = false;       // the text page is shown (booklet, jacket)
     bool textPageBorder = true;  // the shown text page has its single line
     bool border = true;          // the canvas's single-line border
+    bool background = true;      // the sheet's background picture or colour (else white)
     bool discPreview = false;    // the disc label's hole and outside in white
     QSet<int> hiddenPictures;    // picture slots hidden on this sheet
     // Stacking of the canvas's objects (pictures, text blocks, fields) and

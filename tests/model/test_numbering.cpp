@@ -237,6 +237,29 @@ private Q_SLOTS:
         QCOMPARE(project.currentNumber(), i16(6));
     }
 
+    void sheetAdvanceAsValuesLeavesTheDocument()
+    {
+        const QString abc = file("abc.txt", "A\nB\nC\n");
+        const int c = addChar(FmtInside, abc, "A");
+        const int n = addNum(FmtInside, 2, 5, true);
+        const int discNum = addNum(FmtCdRom, 4, 1);
+        // Two printed copies of the inlay, as values: the second step starts
+        // from the first one's values, not from the document.
+        const FieldValues once = advancedSheetValues(project, FmtInside, {});
+        const FieldValues twice = advancedSheetValues(project, FmtInside, once);
+        QCOMPARE((QStringList{once.charText.value(c), once.numText.value(n), once.numText.value(discNum)}),
+                 (QStringList{"B", "06", "06"}));
+        QCOMPARE((QStringList{twice.charText.value(c), twice.numText.value(n), twice.spineNumber.value_or("-")}),
+                 (QStringList{"C", "07", "07"}));
+        QCOMPARE(twice.lastNumber, std::optional<int>(7));
+        // Nothing changed the document; applying the values does what two
+        // advances do, and at the file's end the value stays.
+        QCOMPARE((QStringList{charText(c), numText(n), project.spineNumberText()}), (QStringList{"A", "05", ""}));
+        applyFieldValues(project, advancedSheetValues(project, FmtInside, twice));
+        QCOMPARE((QStringList{charText(c), numText(n), numText(discNum), project.spineNumberText()}),
+                 (QStringList{"C", "08", "08", "08"}));
+    }
+
     void printRunHandsEachCopyItsValues()
     {
         const QString names = file("names.txt", "Ann\r\nBob\r\n");

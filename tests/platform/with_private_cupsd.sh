@@ -34,6 +34,8 @@ trap 'exit 130' INT TERM
 # The filters run as user lp: the folder must be readable by others.
 chmod 755 "$P"
 mkdir -p "$P/etc" "$P/spool" "$P/tmp" "$P/cache" "$P/state" "$P/log" "$P/home"
+# Jobs are copied through TempDir by the filters, which run as user lp.
+chmod 1777 "$P/tmp"
 
 cat >"$P/etc/cupsd.conf" <<CONF
 Listen $P/cups.sock

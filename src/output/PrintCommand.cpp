@@ -1,0 +1,136 @@
+#include "output/PrintCommand.h"
+#include "output/PrintRun.h"
+#include "file/MessageFile.h"
+#include "file/Paths.h"
+#include "file/ProjectFile.h"
+#include "model/AppContext.h"
+#include "model/Formats.h"
+#include "model/Project.h"
+#include <QPrinterInfo>
+#include <QTextStream>
+
+namespace jk::print {
+
+namespace {
+
+constexpr int kMaxCopies = 9999;
+
+// Print weights as the sheet windows add them when they open, in the
+// order they open: a paper jacket sets 16.
+int weightsOf(int sheets)
+{
+    int w = 0;
+    for (const FormatInfo& f : formats()) {
+        if (!(sheets & f.code)) continue;
+        w = f.code == FmtJacket ? 16 : w + f.weight;
+    }
+    return w;
+}
+
+}  // namespace
+
+int runPrintCommand(const PrintCommand& c, QTextStream& err)
+{
+    auto fail = [&err](const QString& message) {
+        err << "jewlkit: " << message << Qt::endl;
+        return 1;
+    };
+    appSetup().texts = loadMessageFile(paths::messageFile());
+    RunOptions options;
+    options.texts = loadMessageFile(paths::messageFile());
+    const Texts& t = options.texts;
+
+    int copies = 1;
+    if (!c.copies.isEmpty()) {
+        bool ok = false;
+        copies = c.copies.toInt(&ok);
+        if (!ok || copies < 1 || copies > kMaxCopies)
+            return fail(QStringLiteral("--copies needs a whole number from 1 to %1, not \"%2\"").arg(kMaxCopies).arg(c.copies));
+    }
+
+    // The project, read whole before anything is printed.
+    Project project;
+    ProjectData data = project.data();
+    int reported = 0;
+    const ProjectReadResult r = readProject(c.project, data, [&](const QString& description, const QString& title) {
+        ++reported;
+        err << "jewlkit: " << c.project << ": ";
+        if (!title.isEmpty()) err << title << ": ";
+        err << description << Qt::endl;
+    });
+    if (!r.opened || r.errors > 0 || reported > 0) return fail(QStringLiteral("cannot read the project %1").arg(c.project));
+    const int sheets = r.chosenSheets.value_or(0);
+    project.load(std::move(data));
+    project.setSheetComposition(sheets);
+    project.setPrintWeights(weightsOf(sheets));
+    if (sheets == 0) return fail(QStringLiteral("%1 has no sheets to print").arg(c.project));
+
+    RunKind kind = RunKind::Project;
+    int selection = 0;
+    if (!c.sheets.isEmpty()) {
+        kind = RunKind::Selected;
+        for (const QString& item : c.sheets.split(u',')) {
+            bool ok = false;
+            const int code = item.trimmed().toInt(&ok);
+            if (!ok || !isFormatCode(code))
+                return fail(QStringLiteral("--sheets takes format codes (1, 2, 4, 8, 16), not \"%1\"").arg(item));
+            if (!(sheets & code))
+                return fail(QStringLiteral("%1 has no %2 sheet (code %3)").arg(c.project, texts().formatName(code)).arg(code));
+            if (code == FmtJacket) selection = 16;
+            else if (!(selection & compositionWeight(code))) selection += compositionWeight(code);
+        }
+    }
+
+    // The label stock: checked when named, required when a disc label prints.
+    std::optional<DiscStock> stock;
+    const PrintPlan probe = planForProject(project, kind, copies, selection);
+    if (!c.stock.isEmpty() || probe.printsDisc()) {
+        const QString file = c.stockFile.isEmpty() ? discStockFile() : c.stockFile;
+        const DiscStockList list = readDiscStocks(file);
+        if (!c.stock.isEmpty()) {
+            stock = findDiscStock(list.stocks, c.stock);
+            if (!stock) {
+                for (const QString& p : list.problems) err << "jewlkit: " << file << ": " << p << Qt::endl;
+                QStringList names;
+                for (const DiscStock& s : list.stocks) names << s.name;
+                return fail(QStringLiteral("unknown disc-label stock \"%1\"%2")
+                                .arg(c.stock, names.isEmpty() ? QString() : QStringLiteral("; the stocks are: ") + names.join(QStringLiteral("; "))));
+            }
+        } else {
+            for (const QString& p : list.problems) err << "jewlkit: " << file << ": " << p << Qt::endl;
+            return fail(QStringLiteral("the project has a disc label: name its label stock with --stock (see %1)").arg(file));
+        }
+    }
+    const PrintPlan plan = planForProject(project, kind, copies, selection, 0, stock);
+    if (plan.pages.empty()) return fail(t.msg(Msg::PrintNothing));
+    if (kind == RunKind::Project && !asksForCopies(kind, project.printWeights()) && copies > 1)
+        err << "jewlkit: a project with only a disc label prints one copy" << Qt::endl;
+
+    PrintTarget target;
+    target.pdfPath = c.pdf;
+    if (c.pdf.isEmpty()) {
+        const QStringList printers = QPrinterInfo::availablePrinterNames();
+        if (printers.isEmpty()) return fail(t.msg(Msg::NoPrinter) + QStringLiteral(" (use --pdf OUT.pdf to print into a file)"));
+        if (!c.printer.isEmpty() && !printers.contains(c.printer))
+            return fail(t.msg(Msg::PrinterUnavailable) + u' ' + c.printer + QStringLiteral(" (printers: ") +
+                        printers.join(QStringLiteral(", ")) + u')');
+        if (c.printer.isEmpty() && QPrinterInfo::defaultPrinterName().isEmpty())
+            return fail(QStringLiteral("there is no default printer: name one with --printer (printers: %1)")
+                            .arg(printers.join(QStringLiteral(", "))));
+        target.printer = c.printer;
+    }
+
+    if (asksForCopies(kind, project.printWeights())) {
+        const QString warning = copiesWarning(project, plan.copies);
+        if (!warning.isEmpty()) err << "jewlkit: " << texts().msg(Msg::Warning) << ": " << warning << Qt::endl;
+    }
+
+    options.stock = stock;
+    options.keepBackground = c.keepBackground;
+    const RunResult result = printRun(project, plan, target, options);
+    for (const QString& w : result.warnings) err << "jewlkit: " << w << Qt::endl;
+    if (result.status != RunResult::Printed) return fail(result.error);
+    return 0;
+}
+
+}  // namespace jk::print

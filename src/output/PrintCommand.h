@@ -1,0 +1,29 @@
+#pragma once
+// Headless printing for scripts: jewlkit --print FILE.prj [--printer NAME]
+// [--copies N] [--sheets 1,2,4,8,16] [--stock NAME] [--keep-background]
+// [--pdf OUT.pdf]. Prints like Print Project (like Print Selected with
+// --sheets), fields advancing per copy, without any window, dialog or lock.
+#include <QString>
+
+class QTextStream;
+
+namespace jk::print {
+
+struct PrintCommand {
+    QString project;
+    QString printer;       // empty: the default printer
+    QString copies;        // as given; empty: 1
+    QString sheets;        // format codes, comma-separated; empty: the whole project
+    QString stock;         // a name from CDRTYPE.TXT
+    bool keepBackground = false;
+    QString pdf;           // when set: into this PDF instead of a printer
+    QString stockFile;     // empty: the shipped CDRTYPE.TXT
+};
+
+// Runs it. Problems and warnings go to err; returns the exit status: 0
+// printed, 1 for an unknown printer or stock, an unreadable project, a
+// missing stock for a disc label, bad arguments, nothing to print or a
+// failed job.
+int runPrintCommand(const PrintCommand& command, QTextStream& err);
+
+}  // namespace jk::print
