@@ -162,7 +162,9 @@ void drawDiscOutline(QPainter& p, const QRectF& canvas)
 struct PictureCache {
     QCache<QString, QImage> sources{96 * 1024};  // KiB of full decoded images
     QCache<QString, QImage> scaled{128 * 1024};  // KiB of copies at a device size
-    QHash<QString, QSize> sizes;                 // by file key; invalid: cannot be read
+    // By file key; invalid: cannot be read. Every file ever shown gets one,
+    // and a day of opening projects names many: the oldest go.
+    QCache<QString, QSize> sizes{kMaxKnownPictureFiles};
     int decodes = 0;
 };
 
@@ -197,12 +199,11 @@ qsizetype costKiB(const QImage& img) { return std::max<qsizetype>(1, img.sizeInB
 QImage loadByKey(const QString& path, const QString& key)
 {
     PictureCache& c = cache();
-    const auto known = c.sizes.constFind(key);
-    if (known != c.sizes.cend() && !known->isValid()) return {};
+    if (const QSize* known = c.sizes.object(key); known && !known->isValid()) return {};
     if (QImage* hit = c.sources.object(key)) return *hit;
     ++c.decodes;
     QImage img = loader() ? loader()(path) : QImage();
-    c.sizes.insert(key, img.isNull() ? QSize() : img.size());
+    c.sizes.insert(key, new QSize(img.isNull() ? QSize() : img.size()));
     if (!img.isNull()) c.sources.insert(key, new QImage(img), costKiB(img));  // dropped at once when too big
     return img;
 }
@@ -360,8 +361,7 @@ QSize pictureSize(const QString& path)
 {
     const QString key = fileKey(path);
     if (key.isEmpty()) return {};
-    const auto known = cache().sizes.constFind(key);
-    if (known != cache().sizes.cend()) return *known;
+    if (const QSize* known = cache().sizes.object(key)) return *known;
     return loadByKey(path, key).size();
 }
 
@@ -384,10 +384,15 @@ QImage pictureAtSize(const QString& path, QSize px)
 
 void clearPictureCache()
 {
+    releaseDecodedPictures();
+    cache().sizes.clear();
+}
+
+void releaseDecodedPictures()
+{
     PictureCache& c = cache();
     c.sources.clear();
     c.scaled.clear();
-    c.sizes.clear();
 }
 
 int pictureDecodeCount() { return cache().decodes; }

@@ -91,7 +91,9 @@ inline double pixelToTwips(double px) { return px * kTwipsPerPixel; }
 // Pictures come from files through this loader; the imaging seam replaces
 // it with one that knows more formats. A file is decoded once: its size and
 // its copies scaled for the screen are kept, the full image while there is
-// room, and a file that fails is not tried again until it changes.
+// room, and a file that fails is not tried again until it changes. Sizes
+// are kept for the kMaxKnownPictureFiles files asked for last.
+inline constexpr int kMaxKnownPictureFiles = 1024;
 using ImageLoader = std::function<QImage(const QString& path)>;
 void setImageLoader(ImageLoader loader);
 // The full-resolution image; null when the file cannot be read.
@@ -102,6 +104,10 @@ QImage pictureAtSize(const QString& path, QSize devicePixels);
 // The image's size in pixels; invalid when it cannot be read.
 QSize pictureSize(const QString& path);
 void clearPictureCache();
+// Drops the decoded images, full and scaled, and keeps the sizes: when no
+// sheet shows a project any more, its pictures need not fill the cache's
+// budget until other pictures push them out.
+void releaseDecodedPictures();
 // How many times the loader has been called (each call is one decode).
 int pictureDecodeCount();
 

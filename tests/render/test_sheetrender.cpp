@@ -167,6 +167,33 @@ private Q_SLOTS:
             QVERIFY(QString::fromUtf8(p.readAllStandardOutput()).contains("SPINE"));
         }
     }
+
+    // Files that cannot be read are remembered too, so that repaints do not
+    // try them again; a day of opening projects names very many files.
+    void sizesKeptForALimitedNumberOfFiles()
+    {
+        sh::setImageLoader([](const QString&) { return QImage(); });
+        auto name = [](int i) { return QStringLiteral("/nowhere/%1.png").arg(i); };
+        for (int i = 0; i <= sh::kMaxKnownPictureFiles; ++i) sh::pictureSize(name(i));
+        const int decodes = sh::pictureDecodeCount();
+        sh::pictureSize(name(sh::kMaxKnownPictureFiles));  // the newest is known
+        QCOMPARE(sh::pictureDecodeCount(), decodes);
+        sh::pictureSize(name(0));  // the oldest was let go
+        QCOMPARE(sh::pictureDecodeCount(), decodes + 1);
+    }
+
+    void releasedPicturesKeepTheirSizes()
+    {
+        sh::setImageLoader([](const QString&) { return QImage(4, 3, QImage::Format_RGB32); });
+        const QString file = QStringLiteral("/nowhere/picture.png");
+        sh::loadPicture(file);
+        const int decodes = sh::pictureDecodeCount();
+        sh::releaseDecodedPictures();
+        QCOMPARE(sh::pictureSize(file), QSize(4, 3));
+        QCOMPARE(sh::pictureDecodeCount(), decodes);
+        sh::loadPicture(file);
+        QCOMPARE(sh::pictureDecodeCount(), decodes + 1);
+    }
 };
 
 QTEST_MAIN(TestSheetRender)

@@ -7,6 +7,7 @@
 #include "ui/sheet/SheetWindow.h"
 #include "model/AppContext.h"
 #include "model/Formats.h"
+#include "render/SheetRenderer.h"
 #include <QAction>
 #include <QDir>
 #include <QFileInfo>
@@ -50,6 +51,9 @@ void MainWindow::unloadSheets()
         delete *it;
     }
     SheetWindow::mayClose = false;
+    // No sheet shows the project now: its decoded pictures would otherwise
+    // stay, up to the cache's budget, through the projects opened after it.
+    jk::sheet::releaseDecodedPictures();
 }
 
 bool MainWindow::askSaveChanges(bool askNameWhenUntitled)
