@@ -30,6 +30,13 @@ inline bool writeFile(const QString& path, const QByteArray& bytes)
     return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
 }
 
+// A file's bytes; empty when it cannot be read.
+inline QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
 // Images of sheets at 96 dpi: one pixel is 15 twips.
 inline QPoint px(QPoint twips) { return {twips.x() / 15, twips.y() / 15}; }
 inline bool isWhite(const QColor& c) { return c.red() > 240 && c.green() > 240 && c.blue() > 240; }

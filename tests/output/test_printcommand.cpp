@@ -23,23 +23,9 @@ struct Outcome {
     int status = -1;
     QString err;
 };
+using namespace printfixture;
 
-QString tool(const QString& program, const QStringList& args)
-{
-    QProcess p;
-    p.start(program, args);
-    p.waitForFinished(30000);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
-
-int pageCount(const QString& pdf)
-{
-    const QString info = tool("pdfinfo", {pdf});
-    const qsizetype at = info.indexOf("Pages:");
-    return at < 0 ? -1 : info.mid(at + 6).section(u'\n', 0, 0).trimmed().toInt();
-}
-
-// "P" or "L" per page.
+// "P" or "L" per page (none when it is not a PDF).
 QString orientations(const QString& pdf)
 {
     QString o;
@@ -50,11 +36,6 @@ QString orientations(const QString& pdf)
             o += parts.value(0).toDouble() > parts.value(2).toDouble() ? u'L' : u'P';
         }
     return o;
-}
-
-QString pageText(const QString& pdf, int page)
-{
-    return tool("pdftotext", {"-f", QString::number(page), "-l", QString::number(page), pdf, "-"}).simplified();
 }
 
 }  // namespace
@@ -88,19 +69,16 @@ private Q_SLOTS:
     void initTestCase()
     {
         if (QStandardPaths::findExecutable("pdfinfo").isEmpty()) QSKIP("poppler-utils are not installed");
-        fullProject = printfixture::writeFullProject(QDir(tmp.path()));
-        jk::ProjectData disc = printfixture::emptyProject(jk::FmtCdRom);
-        disc.freeText.append({jk::FmtCdRom, "Disc", printfixture::textStyle(3000, 1000)});
+        fullProject = writeFullProject(QDir(tmp.path()));
+        jk::ProjectData disc = emptyProject(jk::FmtCdRom);
+        disc.freeText.append({jk::FmtCdRom, "Disc", textStyle(3000, 1000)});
         discProject = tmp.filePath("disc.prj");
         QVERIFY(jk::writeProject(disc, discProject));
-        // A booklet with a two-digit number at 7 and a two-line value file.
+        // A booklet numbered from 7 with a two-line value file.
         names = tmp.filePath("names.txt");
         QVERIFY(fixture::writeFile(names, "First line\r\nSecond line\r\n"));
-        jk::ProjectData g = printfixture::emptyProject(jk::FmtDouble);
-        g.numFields.append({jk::FmtDouble, 2, 7, false, printfixture::textStyle(300, 5000, 1200, 400)});
-        g.charFields.append({jk::FmtDouble, names, {}, printfixture::textStyle(300, 3000)});
         numbered = tmp.filePath(QStringLiteral("numbered-%1.prj").arg(QCoreApplication::applicationPid()));
-        QVERIFY(printfixture::writeNumbered(g, numbered, 7));
+        QVERIFY(writeNumbered(numberedBooklet(names), numbered, 7));
     }
 
     void pdfAndItsRefusals()
@@ -120,7 +98,7 @@ private Q_SLOTS:
         // Only a disc label: one copy, whatever was asked.
         o = jewlkit({"--print", discProject, "--pdf", pdf, "--stock", kStock, "--copies", "4"});
         QCOMPARE(o.status, 0);
-        QCOMPARE(pageCount(pdf), 1);
+        QCOMPARE(orientations(pdf), QStringLiteral("P"));
 
         struct Case {
             QStringList args;
@@ -140,7 +118,7 @@ private Q_SLOTS:
             QVERIFY2(o.status == 1 && o.err.contains(QLatin1String(c.says)), qPrintable(c.args.join(' ') + " -> " + o.err));
         }
         // The last good PDF is still there and whole.
-        QCOMPARE(pageCount(pdf), 1);
+        QCOMPARE(orientations(pdf), QStringLiteral("P"));
     }
 
     void withoutPrinters()
@@ -166,40 +144,25 @@ private Q_SLOTS:
         QVERIFY2(o.status == 0, qPrintable(o.err));
         QVERIFY2(o.err.contains("( 3/ 2)"), qPrintable(o.err));  // the copies/values warning, printing goes on
         QString pdf;
-        QTRY_VERIFY_WITH_TIMEOUT(!(pdf = cupsPdf(stem)).isEmpty() && pageCount(pdf) == 3, 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(!(pdf = cupsPdf(stem)).isEmpty() && orientations(pdf).size() == 3, 30000);
         // The queue's paper is portrait: CUPS turns the landscape pages onto it.
         QCOMPARE(orientations(pdf), QStringLiteral("PPP"));
-        const QStringList want[] = {{"07", "First line"}, {"08", "Second line"}, {"09", "Second line"}};
-        for (int i = 0; i < 3; ++i)
-            for (const QString& w : want[i]) QVERIFY2(pageText(pdf, i + 1).contains(w), qPrintable(pageText(pdf, i + 1)));
+        const QString want[] = {"First line 07", "Second line 08", "Second line 09"};
+        for (int i = 0; i < 3; ++i) QVERIFY2(pageText(pdf, i + 1).contains(want[i]), qPrintable(pageText(pdf, i + 1)));
 
-        // Placement on the printer's page: the picture page from 12.1 cm to
-        // 24.4 cm of the landscape page's width, which runs along the
-        // portrait paper's height (from its top or its bottom, as CUPS turned it).
+        // Placement on the printer's page: from the text page's edge to the
+        // picture page's far edge, 24.4 cm at real size along the portrait
+        // paper's height. (CUPS shifts a turned landscape page by a few
+        // millimetres on this queue, so the span is checked, not its start.)
         QImageReader::setAllocationLimit(0);
-        tool("pdftoppm", {"-r", "600", "-gray", "-png", "-singlefile", "-f", "1", "-l", "1", pdf, tmp.filePath("job")});
-        const QImage img(tmp.filePath("job.png"));
+        const QImage img = raster(pdf, 1, tmp.filePath("job"));
         QVERIFY(!img.isNull());
-        auto mm = [](int px) { return px * 25.4 / 600; };
         QString seen;
         bool placed = false;
-        for (int column : {int(60 / 25.4 * 600), img.width() - 1 - int(60 / 25.4 * 600)}) {
-            int first = -1, last = -1;
-            for (int y = 0; y < img.height(); ++y)
-                if (qGray(img.pixel(column, y)) < 128) {
-                    if (first < 0) first = y;
-                    last = y;
-                }
-            const double height = mm(img.height());
-            const std::pair<double, double> spans[] = {{mm(first), mm(last + 1)}, {height - mm(last + 1), height - mm(first)}};
-            for (const auto& [from, to] : spans) {
-                seen += QStringLiteral("%1..%2 ").arg(from).arg(to);
-                // From the text page's edge to the picture page's far edge:
-                // 24.4 cm at real size. (CUPS shifts a turned landscape page
-                // by a few millimetres on this queue, so the span is checked,
-                // not its start.)
-                placed = placed || std::abs((to - from) - 244.0) <= 0.1;
-            }
+        for (double column : {60.0, pxToMm(img.width() - 1) - 60.0}) {
+            const auto [from, to] = ink(img, false, column, 0, 1000);
+            seen += QStringLiteral("%1..%2 ").arg(from).arg(to);
+            placed = placed || std::abs((to - from) - 244.0) <= 0.1;
         }
         QVERIFY2(placed, qPrintable(seen));
         QFile::remove(pdf);

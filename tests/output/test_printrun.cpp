@@ -8,72 +8,13 @@
 #include "model/Numbering.h"
 #include "model/Project.h"
 #include <QImageReader>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
 using namespace jk;
 using namespace jk::print;
-
-namespace {
-
-constexpr double kDpi = 600;
-double pxToMm(double px) { return px * 25.4 / kDpi; }
-int mmToPx(double mm) { return int(mm / 25.4 * kDpi); }
-
-QString run(const QString& program, const QStringList& args)
-{
-    QProcess p;
-    p.start(program, args);
-    p.waitForFinished(30000);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
-
-// The text of each page.
-QStringList pageTexts(const QString& pdf, int pages)
-{
-    QStringList texts;
-    for (int i = 1; i <= pages; ++i)
-        texts << run("pdftotext", {"-f", QString::number(i), "-l", QString::number(i), pdf, "-"}).simplified();
-    return texts;
-}
-
-QImage raster(const QString& pdf, int page, const QString& stem)
-{
-    run("pdftoppm", {"-r", QString::number(kDpi), "-gray", "-png", "-singlefile", "-f", QString::number(page), "-l",
-                     QString::number(page), pdf, stem});
-    return QImage(stem + ".png");
-}
-
-bool dark(const QImage& img, int x, int y) { return qGray(img.pixel(x, y)) < 128; }
-
-// Outer edges of the ink along a row (x) or a column (y) between two
-// positions in millimetres: first dark pixel's start, last dark pixel's end.
-std::pair<double, double> inkAlongRow(const QImage& img, double yMm, double fromMm, double toMm)
-{
-    const int y = mmToPx(yMm);
-    int first = -1, last = -1;
-    for (int x = std::max(0, mmToPx(fromMm)); x < std::min(img.width(), mmToPx(toMm)); ++x)
-        if (dark(img, x, y)) {
-            if (first < 0) first = x;
-            last = x;
-        }
-    return {pxToMm(first), pxToMm(last + 1)};
-}
-std::pair<double, double> inkAlongColumn(const QImage& img, double xMm, double fromMm, double toMm)
-{
-    const int x = mmToPx(xMm);
-    int first = -1, last = -1;
-    for (int y = std::max(0, mmToPx(fromMm)); y < std::min(img.height(), mmToPx(toMm)); ++y)
-        if (dark(img, x, y)) {
-            if (first < 0) first = y;
-            last = y;
-        }
-    return {pxToMm(first), pxToMm(last + 1)};
-}
-
-}  // namespace
+using namespace printfixture;
 
 class TestPrintRun : public QObject {
     Q_OBJECT
@@ -86,18 +27,22 @@ class TestPrintRun : public QObject {
         project.setSheetComposition(sheets);
         project.setPrintWeights(weights);
     }
-    // A booklet with a two-digit number at 7 and, when given, a character
-    // field stepping through a value file.
-    void numberedBooklet(const QString& valueFile = {}, int sheets = FmtDouble, int weights = 1)
+    // Prints into NAME.pdf; the texts of its first `pages` pages, or the failure.
+    QStringList print(const PrintPlan& plan, const QString& name, int pages, RunOptions o = {})
     {
-        ProjectData d = printfixture::emptyProject(sheets);
-        d.numFields.append({FmtDouble, 2, 7, false, printfixture::textStyle(300, 5000, 1200, 400)});
-        if (!valueFile.isEmpty()) d.charFields.append({FmtDouble, valueFile, "Ann", printfixture::textStyle(300, 3000)});
-        load(std::move(d), sheets, weights);
+        const RunResult r = printRun(project, plan, PrintTarget{{}, tmp.filePath(name + ".pdf")}, o);
+        if (r.status != RunResult::Printed) return {QStringLiteral("status %1").arg(int(r.status))};
+        QStringList texts;
+        for (int i = 1; i <= pages; ++i) texts << pageText(tmp.filePath(name + ".pdf"), i);
+        return texts;
     }
-    RunResult print(const PrintPlan& plan, const QString& pdf, RunOptions o = {})
+    // Prints one page of the selection (with the stock) and rasters it.
+    QImage placed(int code, const QString& name, const RunOptions& o)
     {
-        return printRun(project, plan, PrintTarget{{}, pdf}, o);
+        const RunResult r = printRun(project, planForProject(project, RunKind::Selected, 1, code, 0, o.stock),
+                                     PrintTarget{{}, tmp.filePath(name + ".pdf")}, o);
+        return r.status == RunResult::Printed && r.warnings.isEmpty() ? raster(tmp.filePath(name + ".pdf"), 1, tmp.filePath(name))
+                                                                      : QImage();
     }
 
 private Q_SLOTS:
@@ -114,35 +59,23 @@ private Q_SLOTS:
         const QString names = tmp.filePath("names.txt");
         QVERIFY(fixture::writeFile(names, "Ann\r\nBob\r\n"));
         appSetup().texts.messages[std::size_t(Msg::CopiesDifferFromValues)] = "Copies and values differ";
-        numberedBooklet(names);
+        load(numberedBooklet(names), FmtDouble, 1);
         QCOMPARE(copiesWarning(project, 3), QStringLiteral("Copies and values differ ( 3/ 2)"));
         QCOMPARE(copiesWarning(project, 2), QString());
 
-        // Project: copy N shows its own values; the document changes once.
-        const QString pdf = tmp.filePath("project.pdf");
+        // Project: copy N shows its own values; the document changes once,
+        // after the last page (while the run paints it shows what it showed).
         int painted = 0;
         RunOptions o;
-        o.onPage = [&](int page, int) {
-            // While the run paints, the document shows what it showed.
-            if (numFieldText(project, 1) != "07") return false;
-            painted = page + 1;
-            return true;
-        };
-        const RunResult r = print(planForProject(project, RunKind::Project, 3), pdf, o);
-        QCOMPARE(r.status, RunResult::Printed);
+        o.onPage = [&](int page, int) { return numFieldText(project, 1) == "07" && (painted = page + 1); };
+        const QStringList t = print(planForProject(project, RunKind::Project, 3), "project", 3, o);
         QCOMPARE(painted, 3);
-        const QStringList texts = pageTexts(pdf, 3);
-        QVERIFY2(texts[0].contains("07") && texts[0].contains("Ann"), qPrintable(texts[0]));
-        QVERIFY2(texts[1].contains("08") && texts[1].contains("Bob"), qPrintable(texts[1]));
-        QVERIFY2(texts[2].contains("09") && texts[2].contains("Bob"), qPrintable(texts[2]));
-        QCOMPARE(numFieldText(project, 1), QStringLiteral("10"));
-        QCOMPARE(project.charFields().at(1).text, QStringLiteral("Bob"));
-
+        QVERIFY2(t.size() == 3 && t[0].contains("07") && t[0].contains("Ann") && t[1].contains("08") && t[1].contains("Bob") &&
+                     t[2].contains("09") && t[2].contains("Bob"),
+                 qPrintable(t.join(" / ")));
+        QCOMPARE(numFieldText(project, 1) + project.charFields().at(1).text, QStringLiteral("10Bob"));
         // Current sheet: every copy the same, nothing advances.
-        const QString current = tmp.filePath("current.pdf");
-        QCOMPARE(print(planForProject(project, RunKind::CurrentSheet, 2, 0, FmtDouble), current).status, RunResult::Printed);
-        const QStringList same = pageTexts(current, 2);
-        QVERIFY(same[0].contains("10") && same[1].contains("10"));
+        QCOMPARE(print(planForProject(project, RunKind::CurrentSheet, 2, 0, FmtDouble), "current", 2).filter("10").size(), 2);
         QCOMPARE(numFieldText(project, 1), QStringLiteral("10"));
     }
 
@@ -150,115 +83,91 @@ private Q_SLOTS:
     {
         const QString abc = tmp.filePath("abc.txt");
         QVERIFY(fixture::writeFile(abc, "A\r\nB\r\nC\r\nD\r\n"));
-        numberedBooklet({}, FmtDouble | FmtInside, 9);
-        QCOMPARE(project.addCharField({FmtInside, abc, "A", printfixture::textStyle(300, 3000)}), 1);
+        load(numberedBooklet({}, FmtDouble | FmtInside), FmtDouble | FmtInside, 9);
+        QCOMPARE(project.addCharField({FmtInside, abc, "A", textStyle(300, 3000)}), 1);
         // Booklet then inlay, twice: the booklet's number rises after each
         // booklet, the inlay's value after each inlay.
-        const QString pdf = tmp.filePath("selected.pdf");
-        QCOMPARE(print(planForProject(project, RunKind::Selected, 2, 9), pdf).status, RunResult::Printed);
-        const QStringList t = pageTexts(pdf, 4);
-        QVERIFY2(t[0].contains("07") && t[1].contains("A") && t[2].contains("08") && t[3].contains("B"),
+        const QStringList t = print(planForProject(project, RunKind::Selected, 2, 9), "selected", 4);
+        QVERIFY2(t.size() == 4 && t[0].contains("07") && t[1].contains("A") && t[2].contains("08") && t[3].contains("B"),
                  qPrintable(t.join(" / ")));
-        QCOMPARE(numFieldText(project, 1), QStringLiteral("09"));
-        QCOMPARE(project.charFields().at(1).text, QStringLiteral("C"));
+        QCOMPARE(numFieldText(project, 1) + project.charFields().at(1).text, QStringLiteral("09C"));
     }
 
     void placementOnTheRaster()
     {
         // Front cover with inlay, booklet, disc label with a black background.
-        ProjectData d = printfixture::emptyProject(FmtSimple | FmtInside | FmtDouble | FmtCdRom);
+        ProjectData d = emptyProject(FmtSimple | FmtInside | FmtDouble | FmtCdRom);
         d.backgrounds[FmtCdRom].text = "~0";
         load(std::move(d), FmtSimple | FmtInside | FmtDouble | FmtCdRom, 14);
-        const QString pdf = tmp.filePath("placed.pdf");
         RunOptions o;
         o.stock = DiscStock{"Test", 45.0, 19.9, {}};
         o.keepBackground = true;
-        const RunResult r = print(planForProject(project, RunKind::Selected, 1, 12, 0, o.stock), pdf, o);
-        QCOMPARE(r.status, RunResult::Printed);
-        QVERIFY(r.warnings.isEmpty());
-        auto near = [](double got, double want) { return std::abs(got - want) <= 0.1; };
-        auto edges = [](std::pair<double, double> e) { return QStringLiteral("%1 .. %2").arg(e.first).arg(e.second); };
-
-        const QImage page = raster(pdf, 1, tmp.filePath("cover"));
-        QVERIFY(std::abs(page.width() - mmToPx(210)) <= 3);  // A4 portrait
-        const auto coverRow = inkAlongRow(page, 60, 0, 200);
-        QVERIFY2(near(coverRow.first, 0) && near(coverRow.second, 123.0), qPrintable(edges(coverRow)));
-        const auto coverColumn = inkAlongColumn(page, 60, 0, 125);
-        QVERIFY2(near(coverColumn.first, 0) && near(coverColumn.second, 119.5), qPrintable(edges(coverColumn)));
-        const auto inlayColumn = inkAlongColumn(page, 75, 125, 290);
-        QVERIFY2(near(inlayColumn.first, 130.0) && near(inlayColumn.second, 247.5), qPrintable(edges(inlayColumn)));
-
-        // Disc only: with the disc label's own weight.
-        project.setPrintWeights(2);
-        const QString disc = tmp.filePath("disc.pdf");
-        QCOMPARE(print(planForProject(project, RunKind::Selected, 1, 2, 0, o.stock), disc, o).status, RunResult::Printed);
-        const QImage d2 = raster(disc, 1, tmp.filePath("disc"));
-        // Centre at 105.0, 79.9 mm: black from 59.00 mm down to 16.40 mm
-        // around it, white over the hole and outside the rim.
-        const auto left = inkAlongRow(d2, 79.9, 0, 105);
-        const auto right = inkAlongRow(d2, 79.9, 105, 210);
-        QVERIFY2(near(105 - left.first, 59.0) && near(105 - left.second, 16.4), qPrintable(edges(left)));
-        QVERIFY2(near(right.first - 105, 16.4) && near(right.second - 105, 59.0), qPrintable(edges(right)));
-        const auto down = inkAlongColumn(d2, 105, 79.9, 297);
-        QVERIFY2(near(down.first - 79.9, 16.4) && near(down.second - 79.9, 59.0), qPrintable(edges(down)));
-
-        // Background left out: nothing on the disc page at all.
-        o.keepBackground = false;
-        QCOMPARE(print(planForProject(project, RunKind::Selected, 1, 2, 0, o.stock), disc, o).status, RunResult::Printed);
-        const auto none = inkAlongRow(raster(disc, 1, tmp.filePath("plain")), 79.9, 0, 210);
-        QCOMPARE(none.first, pxToMm(-1));
-        QCOMPARE(project.background(FmtCdRom).text, QStringLiteral("~0"));
-
-        // Booklet: text page at 0, picture page from 12.1 cm, landscape.
+        // Each row: the page, a row (or column) at mm, the stretch searched, and the ink's outer edges.
+        struct Span {
+            const QImage* page;
+            bool row;
+            double at, from, to, first, last;
+        };
+        const QImage cover = placed(12, "cover", o);
+        project.setPrintWeights(2);  // disc only, with the disc label's own weight
+        const QImage disc = placed(2, "disc", o);
         project.setPrintWeights(1);
-        const QString booklet = tmp.filePath("booklet.pdf");
-        QCOMPARE(print(planForProject(project, RunKind::Selected, 1, 1), booklet).status, RunResult::Printed);
-        const QImage b = raster(booklet, 1, tmp.filePath("booklet"));
-        QVERIFY(std::abs(b.width() - mmToPx(297)) <= 3);  // A4 landscape
-        const auto picturePage = inkAlongRow(b, 60, 115, 297);
-        QVERIFY2(near(picturePage.first, 121.0) && near(picturePage.second, 244.0), qPrintable(edges(picturePage)));
+        const QImage booklet = placed(1, "booklet", o);
+        QVERIFY(std::abs(cover.width() - mmToPx(210)) <= 3 && std::abs(booklet.width() - mmToPx(297)) <= 3);
+        const Span spans[] = {
+            {&cover, true, 60, 0, 200, 0, 123.0},         // front cover at the corner
+            {&cover, false, 60, 0, 125, 0, 119.5},
+            {&cover, false, 75, 125, 290, 130.0, 247.5},  // inlay 13 cm down
+            // Disc centre at 105.0, 79.9 mm: black from 59.00 mm down to 16.40 mm around it.
+            {&disc, true, 79.9, 0, 105, 105 - 59.0, 105 - 16.4},
+            {&disc, true, 79.9, 105, 210, 105 + 16.4, 105 + 59.0},
+            {&disc, false, 105, 79.9, 297, 79.9 + 16.4, 79.9 + 59.0},
+            {&booklet, true, 60, 115, 297, 121.0, 244.0},  // picture page from 12.1 cm, landscape
+        };
+        for (const Span& s : spans) {
+            const auto [first, last] = ink(*s.page, s.row, s.at, s.from, s.to);
+            QVERIFY2(std::abs(first - s.first) <= 0.1 && std::abs(last - s.last) <= 0.1,
+                     qPrintable(QStringLiteral("%1 at %2: %3 .. %4").arg(s.row ? "row" : "column").arg(s.at).arg(first).arg(last)));
+        }
+        // Background left out: nothing on the disc page at all, the project untouched.
+        o.keepBackground = false;
+        project.setPrintWeights(2);
+        QCOMPARE(ink(placed(2, "plain", o), true, 79.9, 0, 210).first, pxToMm(-1));
+        QCOMPARE(project.background(FmtCdRom).text, QStringLiteral("~0"));
     }
 
     void oneImageForManyCopiesAndMissingPictures()
     {
-        ProjectData d = printfixture::emptyProject(FmtInside);
-        d.pictures.append({FmtInside, printfixture::writePicture(QDir(tmp.path()), 1, {400, 300}), 500, 500, 2400, 1800, 1});
+        ProjectData d = emptyProject(FmtInside);
+        d.pictures.append({FmtInside, writePicture(QDir(tmp.path()), 1, {400, 300}), 500, 500, 2400, 1800, 1});
         d.pictures.append({FmtInside, tmp.filePath("gone.jpg"), 3000, 500, 2400, 1800, 1});
         load(std::move(d), FmtInside, 8);
         const QString pdf = tmp.filePath("images.pdf");
-        const RunResult r = print(planForProject(project, RunKind::Project, 5), pdf);
-        QCOMPARE(r.status, RunResult::Printed);
-        QCOMPARE(r.pages, 5);
-        QCOMPARE(r.warnings.size(), 1);
-        QVERIFY(r.warnings[0].contains("gone.jpg"));
-        QFile f(pdf);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QCOMPARE(f.readAll().count("/Subtype /Image"), qsizetype(1));
+        const RunResult r = printRun(project, planForProject(project, RunKind::Project, 5), PrintTarget{{}, pdf}, {});
+        QVERIFY(r.status == RunResult::Printed && r.pages == 5);
+        QVERIFY(r.warnings.size() == 1 && r.warnings[0].contains("gone.jpg"));
+        QCOMPARE(fixture::readFile(pdf).count("/Subtype /Image"), qsizetype(1));
     }
 
     void cancelledAndUnwritableRuns()
     {
-        numberedBooklet();
+        load(numberedBooklet(), FmtDouble, 1);
         const QString pdf = tmp.filePath("cancelled.pdf");
         RunOptions o;
         o.onPage = [](int page, int) { return page < 1; };
-        const RunResult r = print(planForProject(project, RunKind::Project, 3), pdf, o);
-        QCOMPARE(r.status, RunResult::Cancelled);
-        QVERIFY(!QFile::exists(pdf));
-        QCOMPARE(numFieldText(project, 1), QStringLiteral("07"));
-
+        QCOMPARE(printRun(project, planForProject(project, RunKind::Project, 3), PrintTarget{{}, pdf}, o).status,
+                 RunResult::Cancelled);
         // A target that cannot be written (its folder is a file).
-        const QString notAFolder = tmp.filePath("plain.txt");
-        QVERIFY(fixture::writeFile(notAFolder, "x"));
-        const RunResult denied = print(planForProject(project, RunKind::Project, 1), notAFolder + "/out.pdf");
-        QCOMPARE(denied.status, RunResult::Failed);
-        QVERIFY2(denied.error.contains("PDF"), qPrintable(denied.error));
+        QVERIFY(fixture::writeFile(tmp.filePath("plain.txt"), "x"));
+        const RunResult denied =
+            printRun(project, planForProject(project, RunKind::Project, 1), PrintTarget{{}, tmp.filePath("plain.txt/out.pdf")}, {});
+        QVERIFY2(denied.status == RunResult::Failed && denied.error.contains("PDF"), qPrintable(denied.error));
         QCOMPARE(numFieldText(project, 1), QStringLiteral("07"));
         // No disc stock for a disc label, and nothing to print.
         project.setSheetComposition(FmtCdRom);
         project.setPrintWeights(2);
-        QCOMPARE(print(planForProject(project, RunKind::Project, 1), pdf).status, RunResult::Failed);
-        QCOMPARE(print(planForProject(project, RunKind::Selected, 1, 5), pdf).status, RunResult::Failed);
+        QCOMPARE(print(planForProject(project, RunKind::Project, 1), "cancelled", 0), QStringList("status 2"));
+        QCOMPARE(print(planForProject(project, RunKind::Selected, 1, 5), "cancelled", 0), QStringList("status 2"));
         QVERIFY(!QFile::exists(pdf));
     }
 };

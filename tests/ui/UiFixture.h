@@ -129,13 +129,6 @@ inline bool clickFile(FileList* list, const QString& name, bool twice = false)
     return true;
 }
 
-// A file's bytes; empty when it cannot be read.
-inline QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 // Presses the named buttons in turn ("Escape": that key on the window).
 inline void clickAll(QWidget* window, const QString& names)
 {

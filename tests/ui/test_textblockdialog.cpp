@@ -104,74 +104,51 @@ private Q_SLOTS:
         QVERIFY(r.style.fontName.isEmpty());
     }
 
-    void startsFromTheBlockStyle()
+    void formattingStartsFromTheBlockAndCountsAtOnce()
     {
         TextEditRequest r;
         r.style.fontName = "Arial";
-        r.style.fontSize = 14;
         r.style.italic = true;
-        r.style.foreColor = 0x0000FF;  // red
+        r.style.foreColor = 0x0000FF;  // Windows colours: red in the low byte
         r.style.backStyle = 1;
-        r.style.backColor = 0xFF0000;  // blue
-        r.style.borderStyle = 1;
+        r.style.backColor = 0xFF0000;
         r.style.alignment = 1;
         open(r);
         QVERIFY(child<QRadioButton>(d(), "Option2")->isChecked() && child<QRadioButton>(d(), "Rgt")->isChecked());
-        QCOMPARE(base(d()), QColor(Qt::blue));
-        QCOMPARE(ink(d()), QColor(Qt::red));
-        QVERIFY(d()->textInput()->font().italic());
-        QCOMPARE(d()->textInput()->font().pointSizeF(), 14.0);
-        // The opaque button's initial selection opened no colour choice.
-        QVERIFY(fake()->colors.calls.isEmpty());
-
-        click(d(), "Check1");
-        QCOMPARE(d()->result().style.borderStyle, jk::i16(0));
+        QVERIFY(base(d()) == Qt::blue && ink(d()) == Qt::red && d()->textInput()->font().italic());
+        QVERIFY(fake()->colors.calls.isEmpty());  // the initial selection opened no colour choice
         click(d(), "Option1");
-        QCOMPARE(d()->result().style.backStyle, jk::i16(0));
-        QCOMPARE(base(d()), QColor(Qt::white));
+        QVERIFY(d()->result().style.backStyle == 0 && base(d()) == Qt::white);
         // White text on a transparent block shows on black, not on white.
         fake()->colors.answers = {QColor(Qt::white)};
         click(d(), "ForeColor");
         QCOMPARE(base(d()), QColor(Qt::black));
-        click(d(), "Option2");  // opaque shows the fill colour again
-        QCOMPARE(base(d()), QColor(Qt::blue));
-    }
+        init();
 
-    void formattingCountsAtOnceAndSurvivesCancel()
-    {
         QFont chosen("Liberation Serif");
         chosen.setPointSizeF(11.75);
-        chosen.setBold(false);
         chosen.setUnderline(true);
         fake()->fonts.answers.push_back(chosen);
         fake()->colors.answers = {QColor(0, 128, 255), QColor(255, 0, 0), std::nullopt};
         fixture::whenModal<TextBlockDialog>([&](TextBlockDialog* d) {
             click(d, "Command4");
-            // The first formatting starts from the block defaults.
-            QCOMPARE(d->result().style.foreColor, jk::i32(80008));
-            // Colours are Windows values: red in the low byte.
+            QCOMPARE(d->result().style.foreColor, jk::i32(80008));  // from the block defaults
             click(d, "ForeColor");
             QCOMPARE(ink(d), QColor(0, 128, 255));
             click(d, "Option2");
-            QCOMPARE(base(d), QColor(Qt::red));
             click(d, "Option2");  // a cancelled colour choice keeps the colour
+            QCOMPARE(base(d), QColor(Qt::red));
             click(d, "Check1");
             QTest::keyClicks(d->textInput(), "typed");
             click(d, "Command2");
         });
-        const TextEditResult r = TextBlockDialog::edit(nullptr, {});
-        // A new block's font dialog starts from Arial 11.75.
-        QCOMPARE(fake()->fonts.calls[0].initial.family(), QString("Arial"));
-        QCOMPARE(fake()->fonts.calls[0].initial.pointSizeF(), 11.75);
-        QVERIFY(!r.accepted && r.text.isEmpty());
-        QCOMPARE(r.style.fontName, QString("Liberation Serif"));
-        QCOMPARE(r.style.fontSize, jk::i16(12));
-        QCOMPARE(r.style.bold, false);
-        QCOMPARE(r.style.underline, jk::i32(true));
-        QCOMPARE(r.style.foreColor, jk::i32(0xFF8000));
-        QCOMPARE(r.style.backStyle, jk::i16(1));
-        QCOMPARE(r.style.backColor, jk::i32(0x0000FF));
-        QCOMPARE(r.style.borderStyle, jk::i16(1));
+        // Cancel drops the text, not the formatting; a new block's font dialog starts from Arial 11.75.
+        const TextEditResult res = TextBlockDialog::edit(nullptr, {});
+        QVERIFY(fake()->fonts.calls[0].initial.family() == "Arial" && fake()->fonts.calls[0].initial.pointSizeF() == 11.75);
+        QVERIFY(!res.accepted && res.text.isEmpty());
+        const jk::TextStyle& s = res.style;
+        QVERIFY(s.fontName == "Liberation Serif" && s.fontSize == 12 && !s.bold && s.underline && s.borderStyle == 1);
+        QVERIFY(s.foreColor == 0xFF8000 && s.backStyle == 1 && s.backColor == 0x0000FF);
     }
 
     void spineModeLimitsAndHides()
@@ -183,8 +160,7 @@ private Q_SLOTS:
         open(r);
         QPlainTextEdit* box = d()->textInput();
         QVERIFY(!child(d(), "Check1")->isVisible() && !child<QMenu>(d(), "TXTFILE")->menuAction()->isVisible());
-        QCOMPARE(base(d()), QColor(Qt::yellow));
-        QCOMPARE(ink(d()), QColor(Qt::blue));
+        QVERIFY(base(d()) == Qt::yellow && ink(d()) == Qt::blue);
 
         // Typing stops at 60 characters, also in the middle of the text and
         // when a paste brings more than fits.
@@ -208,8 +184,7 @@ private Q_SLOTS:
         QCOMPARE(d()->result().spineFont.size, 10);
         fake()->colors.answers.push_back(QColor(Qt::red));
         click(d(), "Option2");
-        QCOMPARE(d()->result().spineFont.backColor, jk::i32(0x0000FF));
-        QCOMPARE(base(d()), QColor(Qt::red));
+        QVERIFY(d()->result().spineFont.backColor == 0x0000FF && base(d()) == Qt::red);
         QVERIFY(d()->result().style.fontName.isEmpty());  // no block style touched
     }
 
@@ -238,15 +213,14 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QByteArray, bytes);
         QFETCH(QString, why);
+        // A refusal says why, naming the file.
         const QString path = name.startsWith('/') ? name : tmp.filePath(name);
         if (name == "folder.txt") QVERIFY(QDir().mkpath(path));
         else if (!bytes.isNull()) QVERIFY(fixture::writeFile(path, bytes));
         QString text, error;
         QCOMPARE(TextBlockDialog::readTextFile(path, &text, &error), why.isEmpty());
         QTEST(text, "text");
-        // A refusal says why, naming the file.
-        const bool told = error.contains(why) && error.contains(QFileInfo(path).fileName());
-        QVERIFY2(why.isEmpty() ? error.isEmpty() : told, qPrintable(error));
+        QVERIFY2(why.isEmpty() ? error.isEmpty() : error.contains(why) && error.contains(QFileInfo(path).fileName()), qPrintable(error));
     }
 
     void fileMenuSavesAndOpens()
@@ -271,21 +245,28 @@ private Q_SLOTS:
         QCOMPARE(fixture::readFile(tmp.filePath("wide.txt")), QByteArray("\"\xe2\x82\xac \xe6\x9d\xb1\xe4\xba\xac\"\r\n"));
         QCOMPARE(reopen(tmp.filePath("notes.txt")), text);
         QCOMPARE(reopen(tmp.filePath("wide.txt")), QString::fromUtf8("€ 東京"));
-        QCOMPARE(reopen({}), QString::fromUtf8("€ 東京"));  // a cancelled file dialog changes nothing
-        QVERIFY(fake()->messages.calls.isEmpty());
-
-        // A refused file keeps the text and warns, naming the file.
-        QCOMPARE(reopen(tmp.filePath("gone.txt")), QString::fromUtf8("€ 東京"));
-        QCOMPARE(fake()->messages.calls.size(), 1);
-        QVERIFY(fake()->messages.calls[0].text.contains("gone.txt"));
-        // Saving into a folder that does not exist reports it.
+        // A cancelled file dialog changes nothing; a refused file keeps the
+        // text and warns, naming the file; so does saving into a missing folder.
+        QCOMPARE(reopen({}) + reopen(tmp.filePath("gone.txt")), QString::fromUtf8("€ 東京€ 東京"));
         save("x", tmp.filePath("missing/x.txt"));
         QCOMPARE(fake()->messages.calls.size(), 2);
-        QVERIFY(fake()->messages.calls[1].text.contains("x.txt"));
+        QVERIFY(fake()->messages.calls[0].text.contains("gone.txt") && fake()->messages.calls[1].text.contains("x.txt"));
     }
 
     // ---- The scan panel.
     QString shown() const { return d()->textInput()->toPlainText(); }
+    void openScan(const TextEditRequest& r = {})
+    {
+        open(r);
+        child<QAction>(d(), "SCANCD")->trigger();
+    }
+    // Stores the shown titles: yes to the question, then the answers for artist and title.
+    void store(std::deque<std::optional<QString>> answers)
+    {
+        fake()->messages.answers = {pf::AnswerYes};
+        fake()->input.answers = std::move(answers);
+        click(d(), "Command1");
+    }
     bool enabled(const char* name) const { return child(d(), name)->isEnabled(); }
     void chooseDrive(const QString& key)
     {
@@ -315,9 +296,7 @@ private Q_SLOTS:
 
         TextEditRequest r;
         r.style.fontName = "Arial";
-        open(r);
-        QVERIFY(!d()->findChild<QWidget*>("Frame1"));  // made when first asked for
-        child<QAction>(d(), "SCANCD")->trigger();
+        openScan(r);
         QVERIFY(child(d(), "Frame1")->isVisible() && !child(d(), "Frame4")->isVisible());
         QVERIFY(QFontInfo(d()->textInput()->font()).fixedPitch());
         child<DirList>(d(), "Dir1")->setPath(dir);
@@ -336,18 +315,15 @@ private Q_SLOTS:
         const QString name = QDir(QStorageInfo(dir).rootPath()).relativeFilePath(dir + "/IMAGES");
         QCOMPARE(shown(), name + QString(std::max<qsizetype>(0, 23 - name.size()), ' ') + "24/12/98 03:15:00 PM\n");
         click(d(), "Option4");
-        QVERIFY(enabled("FILESIZE"));
-        QVERIFY(shown().startsWith("a.txt                 3 Bytes"));
+        QVERIFY(enabled("FILESIZE") && shown().startsWith("a.txt                 3 Bytes"));
 
         // The File menu brings the typing options back; the text stays a listing.
         QMetaObject::invokeMethod(child<QMenu>(d(), "TXTFILE"), "aboutToShow");
         QVERIFY(!child(d(), "Frame1")->isVisible() && child(d(), "Frame4")->isVisible());
         click(d(), "Command1");
         const TextEditResult res = d()->result();
-        QVERIFY(res.accepted && res.fromListing);
-        QCOMPARE(res.style.fontName, QString("Fixedsys"));
+        QVERIFY(res.accepted && res.fromListing && res.style.fontName == "Fixedsys" && fake()->messages.calls.isEmpty());
         QVERIFY(res.text.startsWith("a.txt                 3 Bytes  24/12/98"));
-        QVERIFY(fake()->messages.calls.isEmpty());
     }
 
     // An album image with CD-TEXT: its tracks and titles, the questions
@@ -356,8 +332,7 @@ private Q_SLOTS:
     void scanPanelListsAnAudioImageAndStoresIt()
     {
         const QString cue = three();
-        open();
-        child<QAction>(d(), "SCANCD")->trigger();
+        openScan();
         chooseImage(cue);
         QCOMPARE(child<FileList>(d(), "File1")->fileNames(), QStringList({"Track01.cda", "Track02.cda", "Track03.cda"}));
         QCOMPARE(child<DirList>(d(), "Dir1")->path(), cue);
@@ -370,14 +345,11 @@ private Q_SLOTS:
         click(d(), "FILESIZE");
         d()->textInput()->setPlainText("Intro\nSecond\nThird\n");
 
-        fake()->messages.answers = {pf::AnswerYes};
-        fake()->input.answers = {QString("Band"), QString("Live at home")};
-        click(d(), "Command1");
-        QCOMPARE(fake()->messages.calls.size(), 1);
-        QCOMPARE(fake()->messages.calls[0].defaultAnswer, int(pf::AnswerNo));
+        store({QString("Band"), QString("Live at home")});
+        QVERIFY(fake()->messages.calls.size() == 1 && fake()->messages.calls[0].defaultAnswer == pf::AnswerNo);
         QCOMPARE(fake()->input.calls.size(), 2);
-        QCOMPARE(fake()->input.calls[0].initial, QString("The Band"));  // CD-TEXT performer, then title
-        QCOMPARE(fake()->input.calls[1].initial, QString("Live"));
+        // CD-TEXT performer, then title.
+        QVERIFY(fake()->input.calls[0].initial == "The Band" && fake()->input.calls[1].initial == "Live");
         const QByteArray section = "[C0C25]\r\nArtist=Band\r\nTitle=Live at home\r\nnumtracks=3\r\n"
                                    "0=Intro\r\n1=Second\r\n2=Third\r\norder=0 1 2 \r\nnumplay=3\r\n";
         QCOMPARE(fixture::readFile(tmp.filePath("cdplayer.ini")), section);
@@ -385,35 +357,27 @@ private Q_SLOTS:
 
         // Next time the image is offered as a drive and the stored titles show.
         init();
-        open();
-        child<QAction>(d(), "SCANCD")->trigger();
+        openScan();
         chooseDrive(cue);
         QCOMPARE(shown(), QString("Intro\nSecond\nThird\n"));
-        fake()->messages.answers = {pf::AnswerYes};
-        fake()->input.answers = {std::nullopt};  // a cancelled question stores nothing
-        click(d(), "Command1");
+        store({std::nullopt});  // a cancelled question stores nothing
         QCOMPARE(fake()->input.calls[0].initial, QString("Band"));
         QCOMPARE(fixture::readFile(tmp.filePath("cdplayer.ini")), section);
 
         init();
-        open();
-        child<QAction>(d(), "SCANCD")->trigger();
+        openScan();
         chooseDrive(cue);
         d()->textInput()->setPlainText("A\nB\n");
-        fake()->messages.answers = {pf::AnswerYes};
-        fake()->input.answers = {QString("Band"), QString("Live")};
-        click(d(), "Command1");
+        store({QString("Band"), QString("Live")});
         const QByteArray db = fixture::readFile(tmp.filePath("cdplayer.ini"));
-        QCOMPARE(db.count("[C0C25]"), 1);
-        QVERIFY(db.contains("0=A\r\n1=B\r\n2=\r\norder=0 1 2 \r\n"));
+        QVERIFY(db.count("[C0C25]") == 1 && db.contains("0=A\r\n1=B\r\n2=\r\norder=0 1 2 \r\n"));
     }
 
     // Discs that go away, cannot be read or hold one track, and a database
     // that cannot be used: a message or nothing, never a lost text.
     void badDiscsAndDatabases()
     {
-        open();
-        child<QAction>(d(), "SCANCD")->trigger();
+        openScan();
         const QString cue = three();
         chooseImage(cue);
         const QString listing = shown();
@@ -421,10 +385,8 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(cue) && QFile::remove(tmp.filePath("live.bin")));
         fake()->messages.answers = {pf::AnswerRetry, pf::AnswerCancel};
         click(d(), "DATETIME");
-        QCOMPARE(fake()->messages.calls.size(), 2);
-        QCOMPARE(fake()->messages.calls[0].buttons, pf::Buttons::RetryCancel);
-        QCOMPARE(shown(), listing);
-        QVERIFY(child<FileList>(d(), "File1")->fileNames().isEmpty());
+        QVERIFY(fake()->messages.calls.size() == 2 && fake()->messages.calls[0].buttons == pf::Buttons::RetryCancel);
+        QVERIFY(shown() == listing && child<FileList>(d(), "File1")->fileNames().isEmpty());
         // Nothing to store without a disc.
         fake()->messages.calls.clear();
         click(d(), "Command1");
@@ -432,8 +394,7 @@ private Q_SLOTS:
 
         // Images that cannot be read say why and change nothing.
         init();
-        open();
-        child<QAction>(d(), "SCANCD")->trigger();
+        openScan();
         d()->textInput()->setPlainText("kept");
         const QString noBin = writeImage(tmp.path(), "nobin", {{"00:00:00", ""}, {"00:10:00", ""}}, 1500);
         QVERIFY(QFile::remove(tmp.filePath("nobin.bin")));
@@ -444,8 +405,7 @@ private Q_SLOTS:
         chooseImage(noBin);
         chooseImage(keyword);
         chooseImage(writeImage(tmp.path(), "single", {{"00:00:00", "Only"}}, 750));  // one track: no output
-        QCOMPARE(shown(), QString("kept"));
-        QCOMPARE(fake()->messages.calls.size(), 2);
+        QVERIFY(shown() == "kept" && fake()->messages.calls.size() == 2);
         QVERIFY(fake()->messages.calls[0].text.contains("nobin.bin"));
         for (const auto& c : fake()->messages.calls) QCOMPARE(c.icon, pf::Icon::Warning);
 
@@ -454,10 +414,8 @@ private Q_SLOTS:
         chooseImage(three());
         jk::appSetup().files.discDatabasePath = tmp.filePath("folder.ini");
         QVERIFY(QDir().mkpath(tmp.filePath("folder.ini")));
-        fake()->messages.answers = {pf::AnswerYes};
-        click(d(), "Command1");
-        QCOMPARE(fake()->messages.calls.size(), 2);
-        QVERIFY(fake()->messages.calls[1].text.contains("folder.ini"));
+        store({});
+        QVERIFY(fake()->messages.calls.size() == 2 && fake()->messages.calls[1].text.contains("folder.ini"));
         QVERIFY(fake()->input.calls.isEmpty());
         QVERIFY(QFileInfo(tmp.filePath("folder.ini")).isDir() && d()->result().accepted);
     }
