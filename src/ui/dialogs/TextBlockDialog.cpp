@@ -427,7 +427,7 @@ void TextBlockDialog::reject()
         result_.accepted = false;
         // A cancelled spine edit hands the text it started with back, so the
         // spine keeps it whatever the caller does with the result.
-        result_.text = spine_ ? startText_ : QString();
+        result_.text = spine_ ? startText_ : textinput_->toPlainText();
         closing_ = true;
     }
     QDialog::reject();
@@ -820,7 +820,8 @@ void TextBlockDialog::scanDisk()
     switch (listing.outcome) {
     case src::Listing::Text: {
         WaitCursor wait;
-        textinput_->setPlainText(listing.text.replace(QLatin1String("\r\n"), QLatin1String("\n")));
+        listedText_ = listing.text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+        textinput_->setPlainText(listedText_);
         break;
     }
     case src::Listing::Unchanged: break;  // a one-track disc: nothing to list
@@ -862,7 +863,12 @@ void TextBlockDialog::storeDisc(const QString& text)
     const std::optional<QString> title = pf::services().input->getText(
         jk::texts().msgOr(jk::Msg::EnterCdTitle, "Enter the title of the CD:"), caption, disc_->title);
     if (!title) return;
-    // Each line ended by a line break is one track's title.
-    const QStringList titles = src::CdPlayerDatabase::titlesFromText(QString(text).replace(u'\n', u'\r'));
+    // Each line ended by a line break is one track's title. A line left as
+    // the listing made it stores the track's known title, not its size and
+    // time columns, so the next listing shows the title in its column again.
+    QStringList titles = src::CdPlayerDatabase::titlesFromText(QString(text).replace(u'\n', u'\r'));
+    const QStringList listed = listedText_.split(u'\n');
+    for (qsizetype k = 0; k < titles.size() && k < listed.size() && k < disc_->titles.size(); ++k)
+        if (titles[k] == listed[k] && !disc_->titles[k].isEmpty()) titles[k] = disc_->titles[k];
     if (!db.store(disc_->id, {*artist, *title, titles}, trackCount, &why)) showError(why + u'\n' + notStored);
 }

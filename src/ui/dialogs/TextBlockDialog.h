@@ -162,5 +162,6 @@ private:
     QCheckBox *datetime_ = nullptr, *filesize_ = nullptr;
     QString shownDrive_;  // the drive entry listed last, to go back to
     std::optional<jk::sources::AudioDisc> disc_;  // the audio disc being listed
+    QString listedText_;  // the text the last listing put into the box
     bool scanning_ = false;
 };
