@@ -427,7 +427,7 @@ void TextBlockDialog::reject()
         result_.accepted = false;
         // A cancelled spine edit hands the text it started with back, so the
         // spine keeps it whatever the caller does with the result.
-        result_.text = spine_ ? startText_ : textinput_->toPlainText();
+        result_.text = spine_ ? startText_ : QString();
         closing_ = true;
     }
     QDialog::reject();
