@@ -99,7 +99,6 @@ void Project::setSpineNumberText(const QString& text)
     emit sheetChanged(0);
 }
 
-void Project::setSpineTitle(const QString& text) { d_.spineTitle = text; }
 
 void Project::setSpineFont(const SpineFont& font)
 {

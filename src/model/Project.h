@@ -102,7 +102,6 @@ public:
     // ---- Spine and backgrounds
     void setSpineText(const QString& text);
     void setSpineNumberText(const QString& text);
-    void setSpineTitle(const QString& text);
     void setSpineFont(const SpineFont& font);
     void setSpinesHidden(bool hidden);
     void setBackground(int code, const QString& text);

@@ -5,16 +5,6 @@ namespace jk::sheet {
 
 bool isFormatCode(int code) { return jk::isFormatCode(code); }
 
-const std::vector<int>& formatCodes()
-{
-    static const std::vector<int> codes = [] {
-        std::vector<int> c;
-        for (const FormatInfo& f : formats()) c.push_back(f.code);
-        return c;
-    }();
-    return codes;
-}
-
 FormatLayout formatLayout(int code)
 {
     const FormatInfo* f = formatInfo(code);

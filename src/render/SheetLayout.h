@@ -21,12 +21,7 @@ constexpr double kTwipsPerCm = kTwipsPerInch / 2.54;  // 566.93
 constexpr double kScreenDpi = 96.0;
 constexpr int kTwipsPerPixel = 15;  // on screen at 96 dpi
 
-// The pending-format value that means "no format".
-constexpr int kNoFormat = 15;
-
 bool isFormatCode(int code);
-// The codes in the order the project commands create them.
-const std::vector<int>& formatCodes();
 
 struct FormatLayout {
     int code = 0;

@@ -10,7 +10,8 @@ class TestSheetLayout : public QObject {
 private Q_SLOTS:
     void partsOfTheSheets()
     {
-        for (int code : formatCodes()) {
+        for (const jk::FormatInfo& f : jk::formats()) {
+            const int code = f.code;
             // On screen at real size: 15 twips to the pixel.
             const QRect px = canvasRectPixels(code), twips = canvasRectTwips(code);
             QVERIFY(qAbs(px.width() * 15 - twips.width()) <= 15 && qAbs(px.height() * 15 - twips.height()) <= 15);
