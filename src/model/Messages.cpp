@@ -20,6 +20,11 @@ const char* builtInMessage(Msg m)
         return "The audio CD could not be read. Insert the disc and press Retry, or press Cancel to leave the text "
                "as it is.";
     case Msg::TitlesNotStored: return "The track titles were not stored.";
+    // Print dialogs and preview.
+    // Export.
+    // Printer calibration.
+    // Scanning.
+    // Companion programs.
     default: return "";
     }
 }

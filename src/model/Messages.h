@@ -90,10 +90,15 @@ enum class Msg : int {
     DiscImageEntry = 96,
     AudioCdRetry = 97,
     TitlesNotStored = 98,
+    // Print dialogs and preview (99-109).
+    // Export (110-117).
+    // Printer calibration (118-135).
+    // Scanning (136-149).
+    // Companion programs: capture, catalogues (150-159).
 };
 
 // Room in the message table: the file's messages and those appended after.
-constexpr int kMessageCount = 128;
+constexpr int kMessageCount = 192;
 // The first message that is appended after the file's 183 entries.
 constexpr int kFirstAppendedMessage = 86;
 

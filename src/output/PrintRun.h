@@ -16,6 +16,7 @@
 // after a complete run (fields show their advanced values), never on a
 // cancelled or failed one.
 #include "output/DiscStock.h"
+#include "output/PageDevice.h"
 #include "output/PrintPlan.h"
 #include "model/AppContext.h"
 #include <QPageSize>
@@ -29,11 +30,6 @@ class Project;
 }
 
 namespace jk::print {
-
-struct PrintTarget {
-    QString printer;  // a CUPS queue; empty: the user's default printer
-    QString pdfPath;  // when set: the same pages into this PDF file instead of a printer
-};
 
 struct RunOptions {
     std::optional<DiscStock> stock;  // needed when the plan prints a disc label
@@ -53,11 +49,6 @@ struct RunResult {
 };
 
 RunResult printRun(Project& project, const PrintPlan& plan, const PrintTarget& target, const RunOptions& options);
-
-// The paper a target prints on, portrait, in millimetres: the printer's
-// default paper, or for a PDF the default printer's (A4 when there is none).
-// Invalid when the printer named does not exist.
-QPageSize targetPageSize(const PrintTarget& target);
 
 // The warning after the copies were chosen, when the value file of the last
 // character field that has one holds another number of values than the

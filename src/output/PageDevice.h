@@ -1,0 +1,77 @@
+#pragma once
+// Where printed pages go: a printer (the whole run is one CUPS job), a PDF
+// file (written beside its target and renamed over it once complete, so a
+// failed or cancelled run leaves no partial file), or a printer handed over
+// by Qt's print preview. Everything that prints - projects, calibration
+// pages, catalogues - opens one of these and paints page after page.
+#include "model/AppContext.h"
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPainter>
+#include <QPointF>
+#include <QString>
+#include <memory>
+
+class QPagedPaintDevice;
+class QPdfWriter;
+class QPrinter;
+class QSaveFile;
+
+namespace jk::print {
+
+struct PrintTarget {
+    QString printer;  // a CUPS queue; empty: the user's default printer
+    QString pdfPath;  // when set: the same pages into this PDF file instead of a printer
+    // When set: paint onto this printer as it is (the print preview's); it is
+    // neither opened as a job nor finished here.
+    QPrinter* device = nullptr;
+};
+
+// The paper a target prints on, portrait: the printer's default paper, or
+// for a PDF the default printer's (A4 when there is none). Invalid when the
+// printer named does not exist.
+QPageSize targetPageSize(const PrintTarget& target);
+
+class PageDevice {
+public:
+    PageDevice();
+    ~PageDevice();  // cancels what was not finished
+    PageDevice(const PageDevice&) = delete;
+    PageDevice& operator=(const PageDevice&) = delete;
+
+    // Opens the target and begins the first page. False with a one-line
+    // reason (from texts' messages) when the printer is gone or the PDF
+    // cannot be written.
+    bool open(const PrintTarget& target, QPageLayout::Orientation first, const QString& jobName,
+              const Texts& texts, QString* error);
+    QPainter& painter() { return painter_; }
+    QPagedPaintDevice* device() const { return dev_; }
+    QPageSize paper() const { return paper_; }
+    // The printable area's top-left corner on the paper, in millimetres, for
+    // the page being painted.
+    QPointF printableMm() const;
+    // Device dots per millimetre.
+    double dotsPerMm() const;
+    QString printerName() const;  // empty for a PDF
+    bool isPreview() const { return preview_; }
+
+    bool newPage(QPageLayout::Orientation orientation);
+    // Sends the job or renames the PDF over its target. False with a reason.
+    bool finish(QString* error);
+    // Drops the job, or leaves no PDF.
+    void cancel();
+
+private:
+    const Texts* texts_ = nullptr;
+    std::unique_ptr<QSaveFile> file_;
+    std::unique_ptr<QPdfWriter> writer_;
+    std::unique_ptr<QPrinter> printer_;
+    QPagedPaintDevice* dev_ = nullptr;
+    QPainter painter_;
+    QPageSize paper_;
+    QString pdfPath_, jobName_;
+    bool preview_ = false;
+    bool done_ = false;
+};
+
+}  // namespace jk::print
