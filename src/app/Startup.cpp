@@ -34,8 +34,7 @@ qint64 startUp(MainWindow& w, const QString& commandLineProject)
     w.button("SSCommand1")->setEnabled(false);
     w.button("Pasteobj")->setEnabled(false);
 
-    const jk::SettingsValues s = jk::readSettings(app.files.settingsPath, jk::paths::homeDir());
-    app.settings = {s.picturesEditor, s.picturesFolder, s.backgroundFolder, s.projectFolder};
+    app.settings = jk::readSettings(app.files.settingsPath, jk::paths::homeDir());
     if (!app.settings.picturesEditor.isEmpty()) w.action("Picedit")->setEnabled(true);
 
     // The start-up window stays up while its work runs, and no longer.

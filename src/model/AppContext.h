@@ -5,6 +5,7 @@
 // only reads it.
 #include "model/Messages.h"
 #include "model/Records.h"
+#include <QMap>
 #include <QString>
 #include <array>
 
@@ -33,9 +34,24 @@ struct Texts {
     static std::array<QString, kMessageCount> builtInMessages();
 };
 
-// JEWLKIT.INI's folders and picture editor.
+// What the user measured for one printer: added to every page printed on it.
+struct PrinterCalibration {
+    double offsetXMm = 0, offsetYMm = 0;              // the page moves by this much
+    double scaleXPercent = 100, scaleYPercent = 100;  // and is stretched by this much
+    bool isIdentity() const
+    {
+        return offsetXMm == 0 && offsetYMm == 0 && scaleXPercent == 100 && scaleYPercent == 100;
+    }
+};
+
+// JEWLKIT.INI: the folders and picture editor, then the program's own
+// settings.
 struct UserSettings {
     QString picturesEditor, picturesFolder, backgroundFolder, projectFolder;
+    int exportDpi = 300;     // raster exports
+    QString discStock;       // the label stock chosen last
+    QString scannerSource;   // the SANE device chosen last
+    QMap<QString, PrinterCalibration> calibrations;  // by printer name
 };
 
 struct FileLocations {

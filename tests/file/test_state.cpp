@@ -89,14 +89,26 @@ private Q_SLOTS:
         QTemporaryDir dir;
         const QString path = dir.filePath("JEWLKIT.INI");
         auto read = [&] {
-            const SettingsValues v = readSettings(path, "/home/me");
+            const UserSettings v = readSettings(path, "/home/me");
             return QStringList{v.picturesEditor, v.picturesFolder, v.backgroundFolder, v.projectFolder};
         };
         QCOMPARE(read(), (QStringList{"", "", "", "/home/me"}));
-        const SettingsValues v{"/usr/bin/gimp", "/pics", "/backs", "/projects"};
+        UserSettings v{"/usr/bin/gimp", "/pics", "/backs", "/projects"};
+        v.exportDpi = 600;
+        v.calibrations.insert("Office Laser", {1.5, -0.7, 100.4, 99.6});
         QVERIFY(writeSettings(path, v));
-        QCOMPARE(readAll(path), QByteArray("[Preferences]\n/usr/bin/gimp\n/pics\n/backs\n/projects\n"));
+        QVERIFY(readAll(path).startsWith("[Preferences]\n/usr/bin/gimp\n/pics\n/backs\n/projects\n["));
         QCOMPARE(read(), (QStringList{"/usr/bin/gimp", "/pics", "/backs", "/projects"}));
+        const UserSettings back = readSettings(path, "/home/me");
+        QCOMPARE(back.exportDpi, 600);
+        QCOMPARE(back.calibrations.value("Office Laser").scaleYPercent, 99.6);
+        // Broken or out-of-range values fall back to the defaults; good lines stay.
+        QVERIFY(fixture::writeFile(path, "[Preferences]\n\n\n\n\n[Jewelcase Studio]\nexportdpi=5000\n"
+                                         "calibration=A|25|0|100|100\ncalibration=B|x|0|100|100\n"
+                                         "calibration=C|1|2|100\ncalibration=D|1|-2|95|105\n"));
+        const UserSettings bad = readSettings(path, "/home/me");
+        QCOMPARE(bad.exportDpi, 300);
+        QCOMPARE(bad.calibrations.keys(), QStringList{"D"});
         // A comma ends an item: the rest moves into the next setting.
         QVERIFY(writeSettings(path, {"/opt/edit", "/pics,old", "/backs", "/projects"}));
         QCOMPARE(read(), (QStringList{"/opt/edit", "/pics", "old", "/backs"}));

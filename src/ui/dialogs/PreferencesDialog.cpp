@@ -169,12 +169,8 @@ void PreferencesDialog::closePanel()
 
 void PreferencesDialog::writeAndClose()
 {
-    const jk::AppContext& a = jk::app();
-    const QString file = a.files.settingsPath.isEmpty() ? jk::paths::settingsFile() : a.files.settingsPath;
-    jk::paths::ensureDir(QFileInfo(file).absolutePath());
     // A file that cannot be written is not reported: the values stay in memory.
-    const jk::UserSettings& u = a.settings;
-    jk::writeSettings(file, {u.picturesEditor, u.picturesFolder, u.backgroundFolder, u.projectFolder});
+    jk::saveAppSettings();
     Q_EMIT settingsWritten();
     accept();
 }
