@@ -58,6 +58,11 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     connectCommands();
     connectSheetCommands();
     connectProjectCommands();
+    // Printing (MainWindow_Print.cpp).
+    // Export (MainWindow_Export.cpp).
+    // Scanning (MainWindow_Scan.cpp).
+    // Companion programs (MainWindow_Companions.cpp).
+    // Printer calibration (MainWindow_Calibration.cpp).
 }
 
 MainWindow::~MainWindow()

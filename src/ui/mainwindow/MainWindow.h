@@ -124,6 +124,16 @@ public:
     // The new-project dialog; tests give their own answer.
     std::function<NewProjectChoice(QWidget*)> newProjectDialog = &NewProjectDialog::run;
 
+    // Printing (MainWindow_Print.cpp)
+
+    // Export (MainWindow_Export.cpp)
+
+    // Scanning (MainWindow_Scan.cpp)
+
+    // Companion programs (MainWindow_Companions.cpp)
+
+    // Printer calibration (MainWindow_Calibration.cpp)
+
 protected:
     void closeEvent(QCloseEvent* e) override;
     bool eventFilter(QObject* watched, QEvent* e) override;
