@@ -1,10 +1,13 @@
 #include "platform/SystemServices.h"
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QEventLoop>
+#include <QFile>
 #include <QFileInfo>
 #include <QPrinterInfo>
 #include <QProcess>
+#include <QSaveFile>
 #include <QStandardPaths>
 #include <QTimer>
 #include <cups/cups.h>
@@ -44,23 +47,65 @@ public:
         // Qt names instances "queue/instance", as lpoptions does.
         const QByteArray queue = name.section(u'/', 0, 0).toUtf8();
         const QByteArray instance = name.section(u'/', 1).toUtf8();
-
         cups_dest_t* dests = nullptr;
         const int count = cupsGetDests(&dests);
-        cups_dest_t* dest =
+        const bool known =
             cupsGetDest(queue.constData(), instance.isEmpty() ? nullptr : instance.constData(), count, dests);
-        if (!dest) {
-            cupsFreeDests(count, dests);
-            return fail(QStringLiteral("The printer \"%1\" is not known.").arg(name));
-        }
-        // What lpoptions -d does: the chosen destination alone is the default.
-        for (int i = 0; i < count; ++i) dests[i].is_default = 0;
-        dest->is_default = 1;
-        const int rc = cupsSetDests2(CUPS_HTTP_DEFAULT, count, dests);
         cupsFreeDests(count, dests);
-        if (rc != 0) {
-            return fail(QStringLiteral("The default printer could not be saved: %1")
-                            .arg(QString::fromUtf8(cupsLastErrorString())));
+        if (!known) return fail(QStringLiteral("The printer \"%1\" is not known.").arg(name));
+        // The user's own lpoptions, written here rather than by cupsSetDests,
+        // which as root would rewrite the system-wide file and change every
+        // user's printing.
+        const QString dir = QDir::homePath() + QStringLiteral("/.cups");
+        const QString path = dir + QStringLiteral("/lpoptions");
+        QString why;
+        if (!setDefaultInLpoptions(dir, path, name, &why))
+            return fail(QStringLiteral("The default printer could not be saved in %1: %2").arg(path, why));
+        return true;
+    }
+
+private:
+    // "Default NAME options" marks the default; the line that had it keeps
+    // its options as a "Dest" line, as lpoptions -d leaves them.
+    static bool setDefaultInLpoptions(const QString& dir, const QString& path, const QString& name, QString* why)
+    {
+        QStringList lines;
+        QFile in(path);
+        if (in.exists()) {
+            if (!in.open(QIODevice::ReadOnly)) {
+                *why = in.errorString();
+                return false;
+            }
+            lines = QString::fromUtf8(in.readAll()).split(u'\n', Qt::SkipEmptyParts);
+        }
+        bool found = false;
+        for (QString& line : lines) {
+            const QString keyword = line.section(u' ', 0, 0, QString::SectionSkipEmpty);
+            if (keyword.compare(QLatin1String("Default"), Qt::CaseInsensitive) != 0 &&
+                keyword.compare(QLatin1String("Dest"), Qt::CaseInsensitive) != 0)
+                continue;
+            const QString dest = line.section(u' ', 1, 1, QString::SectionSkipEmpty);
+            const QString rest = line.section(u' ', 2, -1, QString::SectionSkipEmpty);
+            const bool chosen = dest == name;
+            found = found || chosen;
+            line = (chosen ? QStringLiteral("Default ") : QStringLiteral("Dest ")) + dest +
+                   (rest.isEmpty() ? QString() : u' ' + rest);
+        }
+        if (!found) lines << QStringLiteral("Default ") + name;
+        if (!QDir().mkpath(dir)) {
+            *why = QStringLiteral("the folder cannot be made");
+            return false;
+        }
+        QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        QSaveFile out(path);
+        if (!out.open(QIODevice::WriteOnly)) {
+            *why = out.errorString();
+            return false;
+        }
+        out.write((lines.join(u'\n') + u'\n').toUtf8());
+        if (!out.commit()) {
+            *why = out.errorString();
+            return false;
         }
         return true;
     }

@@ -2,6 +2,7 @@
 // none at all, or a private cupsd with two cups-pdf queues (see
 // with_private_cupsd.sh).
 #include "ui/widgets/RealServices.h"
+#include <QDir>
 #include <QElapsedTimer>
 #include <QPrinterInfo>
 #include <QProcess>
@@ -47,6 +48,11 @@ private Q_SLOTS:
         lpstat.start(QStringLiteral("lpstat"), {QStringLiteral("-d")});
         QVERIFY(lpstat.waitForFinished(10000));
         QVERIFY2(lpstat.readAllStandardOutput().contains("TEST-PDF2"), "lpstat -d");
+        // In the user's own file, even for root: the system-wide one is untouched.
+        QFile user(QDir::homePath() + QStringLiteral("/.cups/lpoptions"));
+        QVERIFY(user.open(QIODevice::ReadOnly));
+        QVERIFY(user.readAll().contains("Default TEST-PDF2"));
+        QVERIFY(!QFile::exists(qEnvironmentVariable("CUPS_SERVERROOT") + QStringLiteral("/lpoptions")));
 
         // An unknown destination is refused and the default stays.
         error.clear();
