@@ -13,8 +13,6 @@ namespace jk::print {
 
 namespace {
 
-constexpr int kMaxCopies = 9999;
-
 // Print weights as the sheet windows add them when they open, in the
 // order they open: a paper jacket sets 16.
 int weightsOf(int sheets)

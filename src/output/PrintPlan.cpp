@@ -1,4 +1,6 @@
 #include "output/PrintPlan.h"
+#include <QRegularExpression>
+#include <cmath>
 #include "model/Formats.h"
 #include "model/Records.h"
 
@@ -186,6 +188,28 @@ PrintPlan planRun(const PlanRequest& r)
     }
     plan.pages = b.take();
     return plan;
+}
+
+std::optional<int> copiesFromText(const QString& text)
+{
+    // A leading number as a typed-in amount reads it: blanks, a sign,
+    // digits, a decimal point and more digits; whatever follows is ignored.
+    static const QRegularExpression leading(QStringLiteral("^\\s*([+-]?(\\d+\\.?\\d*|\\.\\d+))"));
+    const QRegularExpressionMatch m = leading.match(text);
+    if (!m.hasMatch()) return 0;
+    const double value = m.captured(1).toDouble();
+    if (value > kMaxCopies + 0.5) return std::nullopt;
+    const int copies = int(std::nearbyint(value));  // the default rounding mode: halves to even
+    return std::max(copies, 0);
+}
+
+SelectionBoxes selectionBoxes(int projectWeights)
+{
+    constexpr int all = 1 | 2 | 4 | 8;
+    switch (projectWeights) {
+    case 1: case 4: case 9: case 11: case 12: case 14: return {projectWeights, all & ~projectWeights};
+    default: return {0, all};
+    }
 }
 
 }  // namespace jk::print

@@ -13,6 +13,8 @@
 // copy, the run starts a new page.
 #include <QPageLayout>
 #include <QPointF>
+#include <QString>
+#include <optional>
 #include <vector>
 
 namespace jk::print {
@@ -91,5 +93,21 @@ int effectiveCopies(RunKind kind, int compositionCode, int asked);
 bool asksForCopies(RunKind kind, int compositionCode);
 
 PrintPlan planRun(const PlanRequest& request);
+
+// The copies dialog's answer: the text's leading decimal number rounded to
+// the nearest whole number, halves to even ("2.5" 2, "3.5" 4); 0 (nothing
+// printed) for a text without a leading number or a number below 1; none
+// for more copies than a run takes (the dialog asks again).
+constexpr int kMaxCopies = 9999;
+std::optional<int> copiesFromText(const QString& text);
+
+// The print-selection dialog's boxes for the sheets a project has (the sum
+// of their print weights): the weights ticked and the weights disabled when
+// it opens. Projects whose sheets cannot be printed together offer nothing.
+struct SelectionBoxes {
+    int checked = 0;
+    int disabled = 0;
+};
+SelectionBoxes selectionBoxes(int projectWeights);
 
 }  // namespace jk::print

@@ -84,6 +84,21 @@ private Q_SLOTS:
         QCOMPARE(describe(plan(RunKind::Project, FmtJacket, 16, 2)), "16t 16 L | 16t 16 L");
     }
 
+    void dialogRules()
+    {
+        // The copies box: nearest whole number, halves to even; no number, 0.
+        const std::pair<const char*, std::optional<int>> copies[] = {
+            {"2.5", 2}, {"3.5", 4}, {" 3 copies", 3}, {"abc", 0}, {"", 0}, {"-2", 0}, {".6", 1}, {"99999", std::nullopt}};
+        for (const auto& [text, expected] : copies) QVERIFY2(copiesFromText(text) == expected, text);
+        // The selection boxes by the project's sheets: only those that can
+        // print together are offered (booklet and disc alone: nothing).
+        const std::tuple<int, int, int> boxes[] = {{1, 1, 14}, {9, 9, 6}, {14, 14, 1}, {3, 0, 15}, {16, 0, 15}};
+        for (const auto& [weights, checked, disabled] : boxes) {
+            QCOMPARE(selectionBoxes(weights).checked, checked);
+            QCOMPARE(selectionBoxes(weights).disabled, disabled);
+        }
+    }
+
     void shippedStockList()
     {
         const DiscStockList list = readDiscStocks(QStringLiteral(JK_SOURCE_DIR "/data/CDRTYPE.TXT"));
