@@ -30,7 +30,7 @@ qint64 startUp(MainWindow& w, const QString& commandLineProject)
     w.fillPrinterBox();
 
     w.setToolBarShown(false);
-    for (const char* n : {"imprime", "IMPPRJ", "PRNSELECT", "MFPrnSelect"}) w.action(n)->setEnabled(false);
+    for (const char* n : {"imprime", "IMPPRJ", "PRNSELECT", "MFPrnSelect", "PRINTPREVIEW"}) w.action(n)->setEnabled(false);
     w.button("SSCommand1")->setEnabled(false);
     w.button("Pasteobj")->setEnabled(false);
 

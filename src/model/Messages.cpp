@@ -21,6 +21,13 @@ const char* builtInMessage(Msg m)
                "as it is.";
     case Msg::TitlesNotStored: return "The track titles were not stored.";
     // Print dialogs and preview.
+    case Msg::PrintPreviewMenu: return "Print pre&view";
+    case Msg::PrintPreviewTitle: return "Print preview";
+    case Msg::PrintPreviewPopup: return "Preview";
+    case Msg::FilterStocks: return "Filter by name, paper or maker";
+    case Msg::TestPrintOutline: return "&Test print";
+    case Msg::TooManyCopies: return "Enter a number of copies from 1 to %1.";
+    case Msg::PrintingTitle: return "Printing";
     // Export.
     // Printer calibration.
     // Scanning.

@@ -91,6 +91,13 @@ enum class Msg : int {
     AudioCdRetry = 97,
     TitlesNotStored = 98,
     // Print dialogs and preview (99-109).
+    PrintPreviewMenu = 99,
+    PrintPreviewTitle = 100,
+    PrintPreviewPopup = 101,
+    FilterStocks = 102,
+    TestPrintOutline = 103,
+    TooManyCopies = 104,
+    PrintingTitle = 105,
     // Export (110-117).
     // Printer calibration (118-135).
     // Scanning (136-149).

@@ -190,6 +190,13 @@ PrintPlan planRun(const PlanRequest& r)
     return plan;
 }
 
+void dropDiscLabels(PrintPlan& plan)
+{
+    for (PlannedPage& page : plan.pages)
+        std::erase_if(page.placements, [](const Placement& p) { return p.disc; });
+    std::erase_if(plan.pages, [](const PlannedPage& page) { return page.placements.empty(); });
+}
+
 std::optional<int> copiesFromText(const QString& text)
 {
     // A leading number as a typed-in amount reads it: blanks, a sign,

@@ -93,6 +93,9 @@ int effectiveCopies(RunKind kind, int compositionCode, int asked);
 bool asksForCopies(RunKind kind, int compositionCode);
 
 PrintPlan planRun(const PlanRequest& request);
+// Leaves the disc labels out (no stock was chosen for them); pages left
+// empty go too.
+void dropDiscLabels(PrintPlan& plan);
 
 // The copies dialog's answer: the text's leading decimal number rounded to
 // the nearest whole number, halves to even ("2.5" 2, "3.5" 4); 0 (nothing

@@ -292,7 +292,10 @@ void paint(QPainter& p, const Project& project, int code, const RenderOptions& o
     drawBackground(p, scene, canvas);
     // The canvas's objects lie below the panels (spines, text page); the
     // text page also hides the sheet's pictures, which matters for presses.
-    for (const ObjectRef& ref : canvasStacking(project, code, o))
+    // Under a text page that covers the whole canvas nothing would show:
+    // leaving them out keeps hidden text out of printed PDFs.
+    const bool covered = layout.textPage && o.textPage && QRectF(textPageRect(code)).contains(canvas);
+    for (const ObjectRef& ref : covered ? std::vector<ObjectRef>{} : canvasStacking(project, code, o))
         if (ref.kind != ObjKind::Picture || !o.hiddenPictures.contains(ref.index)) drawObject(p, scene, ref, {});
     if (layout.spines && o.spines) {
         drawSpine(p, scene, spineRect(code, Spine::Left), Spine::Left);

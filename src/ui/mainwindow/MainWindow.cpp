@@ -58,7 +58,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     connectCommands();
     connectSheetCommands();
     connectProjectCommands();
-    // Printing (MainWindow_Print.cpp).
+    connectPrintCommands();
     // Export (MainWindow_Export.cpp).
     // Scanning (MainWindow_Scan.cpp).
     // Companion programs (MainWindow_Companions.cpp).
@@ -118,6 +118,7 @@ void MainWindow::buildMenus()
     addAction(file, "imprime", "P&rint current sheet");
     addAction(file, "IMPPRJ", "Print Pro&ject");
     addAction(file, "PRNSELECT", "Print &Selected");
+    addAction(file, "PRINTPREVIEW", "Print pre&view");
     addAction(file, "PRTFNTCAT", "Print fonts &catalog");
     addAction(file, "PRTPICCAT", "Print &pictures catalog");
     file->addSeparator();
@@ -207,6 +208,7 @@ void MainWindow::buildPopups()
     addAction(m, "MPCS", "Current sheet");
     addAction(m, "MPPRJ", "Project");
     addAction(m, "MFPrnSelect", "Print Selected");
+    addAction(m, "MPPREVIEW", "Preview");
 
     m = pop("AAction", "AAction");
     addAction(m, "voirnext", "Next");
@@ -321,6 +323,8 @@ void MainWindow::applyTexts()
     action("FMSP")->setText(t.spineCaptions[0]);
     action("PREVIEW")->setText(t.extraCaptions[0]);
     action("ScanSel")->setText(t.extraCaptions[1]);
+    action("PRINTPREVIEW")->setText(t.msg(jk::Msg::PrintPreviewMenu));
+    action("MPPREVIEW")->setText(t.msg(jk::Msg::PrintPreviewPopup));
 
     auto tip = [&](const ButtonDef& d) {
         if (d.name && d.toolTip >= 0) button(d.name)->setToolTip(t.toolTips[std::size_t(d.toolTip)]);

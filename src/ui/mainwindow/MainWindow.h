@@ -4,7 +4,9 @@
 // state and the commands, and hands them to its sheet windows.
 #include "model/EditorState.h"
 #include "model/Project.h"
+#include "output/PrintPlan.h"
 #include "ui/dialogs/NewProjectDialog.h"
+#include "ui/dialogs/PrintDialogs.h"
 #include "ui/sheet/Actions.h"
 #include "ui/sheet/SheetWindow.h"
 #include <QMainWindow>
@@ -125,6 +127,16 @@ public:
     std::function<NewProjectChoice(QWidget*)> newProjectDialog = &NewProjectDialog::run;
 
     // Printing (MainWindow_Print.cpp)
+    void printCurrentSheet();  // imprime, MPCS
+    void printProject();       // IMPPRJ, MPPRJ
+    void printSelected();      // PRNSELECT, MFPrnSelect
+    void printPreview();       // PRINTPREVIEW, MPPREVIEW: the project's pages on the current printer's paper
+    bool isPrinting() const { return printing_; }
+    // The print dialogs; tests give their own answers.
+    std::function<PrinterChoice(MainWindow*)> copiesDialog;
+    std::function<int(QWidget*, int)> sheetSelectionDialog = &SheetSelectionDialog::run;
+    std::function<DiscStockChoice(QWidget*, const std::vector<jk::print::DiscStock>&, const QString& preselect)>
+        discStockDialog;
 
     // Export (MainWindow_Export.cpp)
 
@@ -143,6 +155,9 @@ private:
     void buildPopups();
     void buildToolBar();
     void connectCommands();
+    void connectPrintCommands();
+    void runPrint(jk::print::RunKind kind);
+    void setPrintCommandsEnabled(bool on);
     QAction* addAction(QMenu* menu, const QString& name, const QString& designCaption);
     QMenu* addMenu(QWidget* parent, const QString& name, const QString& designCaption);
     QToolButton* addButton(const QString& name);
@@ -170,6 +185,7 @@ private:
     bool openExisting_ = false;  // the new-project command may open a file instead
     bool printerAvailable_ = false;
     QString savedPrinterName_;
+    bool printing_ = false;
     bool quitting_ = false;
     bool updatingStep_ = false;
 };

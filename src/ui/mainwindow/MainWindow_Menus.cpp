@@ -162,7 +162,7 @@ void MainWindow::updatePrinterAvailability()
 {
     printerAvailable_ = jk::printerAvailable();
     button("SSCommand1")->setEnabled(printerAvailable_);
-    for (const char* n : {"MFPrnSelect", "imprime", "IMPPRJ", "PRNSELECT", "PRTFNTCAT", "PRTPICCAT"})
+    for (const char* n : {"MFPrnSelect", "imprime", "IMPPRJ", "PRNSELECT", "PRINTPREVIEW", "PRTFNTCAT", "PRTPICCAT"})
         action(n)->setEnabled(printerAvailable_);
 }
 

@@ -178,7 +178,7 @@ void SheetWindow::activated()
 {
     const bool printers = jk::printerAvailable();
     CommandTable t;
-    for (const char* n : {"SSCommand1", "MFPrnSelect", "imprime", "IMPPRJ", "PRNSELECT", "PRTFNTCAT", "PRTPICCAT"})
+    for (const char* n : {"SSCommand1", "MFPrnSelect", "imprime", "IMPPRJ", "PRNSELECT", "PRINTPREVIEW", "PRTFNTCAT", "PRTPICCAT"})
         t.on(n, printers);
     apply(t);
     updateFormatCommands();
