@@ -4,19 +4,31 @@
 #include "platform/Services.h"
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialogButtonBox>
+#include <QGuiApplication>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
 
 namespace pf = jk::platform;
 using jk::Msg;
 
 namespace {
+
+// The print dialogs open near the screen's top right corner, clear of the
+// sheets being printed.
+void placeTopRight(QDialog& d)
+{
+    d.adjustSize();
+    const QScreen* screen = d.parentWidget() ? d.parentWidget()->screen() : QGuiApplication::primaryScreen();
+    if (!screen) return;
+    const QRect area = screen->availableGeometry();
+    d.move(std::max(area.left(), area.right() - 370 - std::max(0, d.width() - 370)), area.top() + 40);
+}
 
 QPushButton* button(QWidget* parent, const char* name, const QString& caption)
 {
@@ -95,6 +107,7 @@ PrinterChoice PrinterDialog::run(QWidget* parent, const std::function<void(const
     PrinterChoice c;
     if (auto* p = pf::services().printers) c.savedPrinter = p->defaultPrinter();
     PrinterDialog d(parent, onPrinterChosen);
+    placeTopRight(d);
     // Cancel, or closing the dialog, prints nothing.
     c.copies = d.exec() == QDialog::Accepted ? d.copies_ : 0;
     c.printer = d.printers_->currentText();
@@ -153,6 +166,7 @@ int SheetSelectionDialog::checkedWeights() const
 int SheetSelectionDialog::run(QWidget* parent, int projectWeights)
 {
     SheetSelectionDialog d(parent, projectWeights);
+    placeTopRight(d);
     return d.exec() == QDialog::Accepted ? d.checkedWeights() : 0;
 }
 
