@@ -10,7 +10,9 @@
 #include <QPainter>
 #include <QPointF>
 #include <QString>
+#include <QTransform>
 #include <memory>
+#include <optional>
 
 class QPagedPaintDevice;
 class QPdfWriter;
@@ -25,7 +27,16 @@ struct PrintTarget {
     // When set: paint onto this printer as it is (the print preview's); it is
     // neither opened as a job nor finished here.
     QPrinter* device = nullptr;
+    // The printer's error to make up for on every page. Unset: a printer's
+    // (or the preview's printer's) own from the settings, none for a PDF, so
+    // files stay true to size unless asked.
+    std::optional<PrinterCalibration> calibration;
 };
+
+// The calibration stored for that printer; none (identity) when it has none.
+PrinterCalibration storedCalibration(const QString& printer);
+// "offset 1.50 / -0.70 mm, scale 100.40 / 99.60 %".
+QString describeCalibration(const PrinterCalibration& c, const Texts& texts);
 
 // The paper a target prints on, portrait: the printer's default paper, or
 // for a PDF the default printer's (A4 when there is none). Invalid when the
@@ -54,6 +65,8 @@ public:
     double dotsPerMm() const;
     QString printerName() const;  // empty for a PDF
     bool isPreview() const { return preview_; }
+    // What every page is moved and stretched by, from the paper's corner.
+    const PrinterCalibration& calibration() const { return calibration_; }
 
     bool newPage(QPageLayout::Orientation orientation);
     // Sends the job or renames the PDF over its target. False with a reason.
@@ -67,10 +80,16 @@ private:
     std::unique_ptr<QPdfWriter> writer_;
     std::unique_ptr<QPrinter> printer_;
     QPagedPaintDevice* dev_ = nullptr;
+    void turnPage(QPageLayout::Orientation orientation);
+
     QPainter painter_;
     QPageSize paper_;
+    PrinterCalibration calibration_;
+    QTransform calibrated_;  // device dots to device dots, set on every page
     QString pdfPath_, jobName_;
+    qint64 submittedSince_ = 0;  // seconds since the epoch, when a printer job began
     bool preview_ = false;
+    bool turned_ = false;  // a landscape page drawn turned on a portrait preview page
     bool done_ = false;
 };
 

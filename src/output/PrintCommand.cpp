@@ -1,5 +1,7 @@
 #include "output/PrintCommand.h"
+#include "output/Calibration.h"
 #include "output/PrintRun.h"
+#include "file/Settings.h"
 #include "file/MessageFile.h"
 #include "file/Paths.h"
 #include "file/ProjectFile.h"
@@ -25,6 +27,62 @@ int weightsOf(int sheets)
     return w;
 }
 
+// The stock named on the command line; the problems of the list and the
+// failure when there is none.
+std::optional<DiscStock> namedStock(const PrintCommand& c, QTextStream& err, QString* failure)
+{
+    const QString file = c.stockFile.isEmpty() ? discStockFile() : c.stockFile;
+    const DiscStockList list = readDiscStocks(file);
+    std::optional<DiscStock> stock = findDiscStock(list.stocks, c.stock);
+    if (stock) return stock;
+    for (const QString& p : list.problems) err << "jewlkit: " << file << ": " << p << Qt::endl;
+    if (c.stock.isEmpty()) {
+        *failure = QStringLiteral("name the disc-label stock with --stock (see %1)").arg(file);
+        return {};
+    }
+    QStringList names;
+    for (const DiscStock& s : list.stocks) names << s.name;
+    *failure = QStringLiteral("unknown disc-label stock \"%1\"%2")
+                   .arg(c.stock, names.isEmpty() ? QString() : QStringLiteral("; the stocks are: ") + names.join(QStringLiteral("; ")));
+    return {};
+}
+
+// Where the pages go: the PDF, or a printer that exists; calibrated as
+// --calibrated-for says. False with the failure.
+bool commandTarget(const PrintCommand& c, const Texts& t, PrintTarget* target, QString* failure)
+{
+    target->pdfPath = c.pdf;
+    if (c.pdf.isEmpty()) {
+        const QStringList printers = QPrinterInfo::availablePrinterNames();
+        if (printers.isEmpty()) {
+            *failure = t.msg(Msg::NoPrinter) + QStringLiteral(" (use --pdf OUT.pdf to print into a file)");
+            return false;
+        }
+        if (!c.printer.isEmpty() && !printers.contains(c.printer)) {
+            *failure = t.msg(Msg::PrinterUnavailable) + u' ' + c.printer + QStringLiteral(" (printers: ") +
+                       printers.join(QStringLiteral(", ")) + u')';
+            return false;
+        }
+        if (c.printer.isEmpty() && QPrinterInfo::defaultPrinterName().isEmpty()) {
+            *failure = QStringLiteral("there is no default printer: name one with --printer (printers: %1)")
+                           .arg(printers.join(QStringLiteral(", ")));
+            return false;
+        }
+        target->printer = c.printer;
+    }
+    if (!c.calibratedFor.isEmpty()) {
+        // A printer renamed or removed since: say so rather than print uncalibrated.
+        const QMap<QString, PrinterCalibration>& known = app().settings.calibrations;
+        if (!known.contains(c.calibratedFor)) {
+            *failure = QStringLiteral("no calibration is stored for \"%1\" (calibrated printers: %2)")
+                           .arg(c.calibratedFor, known.isEmpty() ? QStringLiteral("none") : known.keys().join(QStringLiteral(", ")));
+            return false;
+        }
+        target->calibration = known.value(c.calibratedFor);
+    }
+    return true;
+}
+
 }  // namespace
 
 int runPrintCommand(const PrintCommand& c, QTextStream& err)
@@ -34,9 +92,21 @@ int runPrintCommand(const PrintCommand& c, QTextStream& err)
         return 1;
     };
     appSetup().texts = loadMessageFile(paths::messageFile());
+    // The printers' calibrations.
+    appSetup().settings = readSettings(paths::settingsFile(), paths::homeDir());
     RunOptions options;
     options.texts = loadMessageFile(paths::messageFile());
     const Texts& t = options.texts;
+    QString failure;
+
+    if (c.testOutline) {
+        const std::optional<DiscStock> stock = namedStock(c, err, &failure);
+        if (!stock) return fail(failure);
+        PrintTarget target;
+        if (!commandTarget(c, t, &target, &failure)) return fail(failure);
+        if (!printTestOutline(*stock, target, t, &failure)) return fail(failure);
+        return 0;
+    }
 
     int copies = 1;
     if (!c.copies.isEmpty()) {
@@ -83,21 +153,8 @@ int runPrintCommand(const PrintCommand& c, QTextStream& err)
     std::optional<DiscStock> stock;
     const PrintPlan probe = planForProject(project, kind, copies, selection);
     if (!c.stock.isEmpty() || probe.printsDisc()) {
-        const QString file = c.stockFile.isEmpty() ? discStockFile() : c.stockFile;
-        const DiscStockList list = readDiscStocks(file);
-        if (!c.stock.isEmpty()) {
-            stock = findDiscStock(list.stocks, c.stock);
-            if (!stock) {
-                for (const QString& p : list.problems) err << "jewlkit: " << file << ": " << p << Qt::endl;
-                QStringList names;
-                for (const DiscStock& s : list.stocks) names << s.name;
-                return fail(QStringLiteral("unknown disc-label stock \"%1\"%2")
-                                .arg(c.stock, names.isEmpty() ? QString() : QStringLiteral("; the stocks are: ") + names.join(QStringLiteral("; "))));
-            }
-        } else {
-            for (const QString& p : list.problems) err << "jewlkit: " << file << ": " << p << Qt::endl;
-            return fail(QStringLiteral("the project has a disc label: name its label stock with --stock (see %1)").arg(file));
-        }
+        stock = namedStock(c, err, &failure);
+        if (!stock) return fail(c.stock.isEmpty() ? QStringLiteral("the project has a disc label: ") + failure : failure);
     }
     const PrintPlan plan = planForProject(project, kind, copies, selection, 0, stock);
     if (plan.pages.empty()) return fail(t.msg(Msg::PrintNothing));
@@ -105,18 +162,7 @@ int runPrintCommand(const PrintCommand& c, QTextStream& err)
         err << "jewlkit: a project with only a disc label prints one copy" << Qt::endl;
 
     PrintTarget target;
-    target.pdfPath = c.pdf;
-    if (c.pdf.isEmpty()) {
-        const QStringList printers = QPrinterInfo::availablePrinterNames();
-        if (printers.isEmpty()) return fail(t.msg(Msg::NoPrinter) + QStringLiteral(" (use --pdf OUT.pdf to print into a file)"));
-        if (!c.printer.isEmpty() && !printers.contains(c.printer))
-            return fail(t.msg(Msg::PrinterUnavailable) + u' ' + c.printer + QStringLiteral(" (printers: ") +
-                        printers.join(QStringLiteral(", ")) + u')');
-        if (c.printer.isEmpty() && QPrinterInfo::defaultPrinterName().isEmpty())
-            return fail(QStringLiteral("there is no default printer: name one with --printer (printers: %1)")
-                            .arg(printers.join(QStringLiteral(", "))));
-        target.printer = c.printer;
-    }
+    if (!commandTarget(c, t, &target, &failure)) return fail(failure);
 
     if (asksForCopies(kind, project.printWeights())) {
         const QString warning = copiesWarning(project, plan.copies);

@@ -204,3 +204,41 @@ void pf::SystemServices::fill(Services& s) const
     s.programs = &d->programs;
     s.desktop = &d->desktop;
 }
+
+namespace jk::platform {
+
+QueueState queueState(const QString& printer)
+{
+    QueueState state;
+    const QByteArray queue = printer.section(u'/', 0, 0).toUtf8();
+    const QByteArray instance = printer.section(u'/', 1).toUtf8();
+    cups_dest_t* dests = nullptr;
+    const int count = cupsGetDests(&dests);
+    if (cups_dest_t* dest = cupsGetDest(queue.constData(), instance.isEmpty() ? nullptr : instance.constData(), count, dests)) {
+        const char* accepting = cupsGetOption("printer-is-accepting-jobs", dest->num_options, dest->options);
+        // Servers that do not say are taken to accept.
+        state.accepting = !accepting || qstrcmp(accepting, "false") != 0;
+        if (!state.accepting) {
+            const char* why = cupsGetOption("printer-state-message", dest->num_options, dest->options);
+            state.reason = why && *why ? QString::fromUtf8(why) : QStringLiteral("the queue rejects jobs");
+        }
+    } else {
+        state.reason = QStringLiteral("no such printer");
+    }
+    cupsFreeDests(count, dests);
+    return state;
+}
+
+bool jobSubmitted(const QString& printer, const QString& title, qint64 since)
+{
+    const QByteArray queue = printer.section(u'/', 0, 0).toUtf8();
+    cups_job_t* jobs = nullptr;
+    const int count = cupsGetJobs2(CUPS_HTTP_DEFAULT, &jobs, queue.constData(), 1, CUPS_WHICHJOBS_ALL);
+    bool found = false;
+    for (int i = 0; i < count && !found; ++i)
+        found = jobs[i].creation_time >= since && QString::fromUtf8(jobs[i].title) == title;
+    cupsFreeJobs(count, jobs);
+    return found;
+}
+
+}  // namespace jk::platform

@@ -138,6 +138,11 @@ private Q_SLOTS:
         QVERIFY(::chmod(QFile::encodeName(serverTmp).constData(), 01777) == 0);
         Outcome o = jewlkit({"--print", numbered, "--printer", "NO-SUCH-QUEUE"});
         QVERIFY2(o.status == 1 && o.err.contains("NO-SUCH-QUEUE"), qPrintable(o.err));
+        // A queue that rejects jobs: said so, not lost in silence.
+        QCOMPARE(QProcess::execute("cupsreject", {"TEST-PDF2"}), 0);
+        o = jewlkit({"--print", numbered, "--printer", "TEST-PDF2"});
+        QCOMPARE(QProcess::execute("cupsaccept", {"TEST-PDF2"}), 0);
+        QVERIFY2(o.status == 1 && o.err.contains("TEST-PDF2"), qPrintable(o.err));
 
         const QString stem = QFileInfo(numbered).completeBaseName();
         o = jewlkit({"--print", numbered, "--printer", "TEST-PDF2", "--copies", "3"});

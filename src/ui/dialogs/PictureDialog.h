@@ -20,7 +20,8 @@ class DriveFolderFileTrio;
 class QPushButton;
 
 // The preview (ImageMan1): the picture scaled into the box keeping its
-// proportions, or a plain colour, or a short note when the file cannot be
+// proportions, or at 100 % (a scan: dragged with the mouse when larger than
+// the box), or a plain colour, or a short note when the file cannot be
 // shown.
 class PicturePreview : public QFrame {
     Q_OBJECT
@@ -28,6 +29,7 @@ public:
     explicit PicturePreview(QWidget* parent = nullptr);
 
     void setPicture(const QImage& picture);
+    void setPictureActualSize(const QImage& picture);
     void setColor(const QColor& color);
     void setNote(const QString& note);
     void clear();
@@ -39,9 +41,16 @@ public:
 protected:
     void paintEvent(QPaintEvent* e) override;
     void resizeEvent(QResizeEvent* e) override;
+    void mousePressEvent(QMouseEvent* e) override;
+    void mouseMoveEvent(QMouseEvent* e) override;
 
 private:
+    QPoint clampedOffset(QPoint offset) const;
+
     QImage picture_;
+    bool actualSize_ = false;
+    QPoint offset_;     // at 100 %: the picture's top-left in the box
+    QPoint dragFrom_;
     QPixmap scaled_;  // the picture at the box's size, made once per size
     QColor color_;
     QString note_;
@@ -75,11 +84,22 @@ public:
     // colour chosen, and again once the dialog was cancelled.
     const std::optional<PictureChoice>& choice() const { return choice_; }
 
-    // Enables the scannerButton_ button when an image source exists. There is no
-    // scanning service yet, so it stays disabled.
+    // Enables the Scanner button once SANE has listed a device (the list
+    // comes from the scanner thread, so possibly after the dialog is up).
     void updateScannerButton();
+    // Scanner: the scan dialog, then the scanned picture in the preview at
+    // 100 %; Select saves it.
+    void scan();
+    // The scanned picture on show, waiting to be saved by Select.
+    void showScan(const QImage& image);
+    const QImage& scannedPicture() const { return scanned_; }
 
     void fileClicked();
+    // Opens on that file as if it had been clicked: its folder listed, the
+    // file selected and previewed, Select enabled. A file of a format the
+    // list leaves out (a PNG capture) is chosen all the same. Call it once
+    // the dialog is shown (showing lists the folder afresh).
+    void selectFile(const QString& path);
     void select();  // Select
     void cancel();  // Cancel
     void chooseColour();  // Color
@@ -99,6 +119,7 @@ protected:
 
 private:
     void startPreview();
+    bool saveScan();
     void previewDecoded(quint64 generation, const QString& path, const QImage& picture, const QString& error);
 
     DriveFolderFileTrio* trio_;
@@ -109,6 +130,8 @@ private:
     QPushButton* scannerButton_;
 
     std::optional<PictureChoice> choice_;
+    // The last scan; Select saves it while no file or colour was chosen since.
+    QImage scanned_;
 
     // Pictures decode on a worker thread, one at a time; while one decodes
     // only the latest click waits, so holding an arrow key down in the file

@@ -1,4 +1,5 @@
 #include "ui/dialogs/PreferencesDialog.h"
+#include "ui/dialogs/CalibrationDialog.h"
 #include "ui/widgets/DriveFolderFile.h"
 #include "model/AppContext.h"
 #include "file/Paths.h"
@@ -13,7 +14,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QSpinBox>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -26,6 +29,20 @@ QString jk::UserSettings::*setting(int target)
     case 3: return &jk::UserSettings::backgroundFolder;
     default: return &jk::UserSettings::projectFolder;
     }
+}
+
+// The resolution of exported images, taken on OK only.
+QSpinBox* addExportResolution(QGridLayout* grid, int row)
+{
+    auto* dpi = new QSpinBox(grid->parentWidget());
+    dpi->setObjectName("ExportDpi");
+    dpi->setRange(jk::kMinExportDpi, jk::kMaxExportDpi);
+    dpi->setValue(std::clamp(jk::app().settings.exportDpi, jk::kMinExportDpi, jk::kMaxExportDpi));
+    auto* label = new QLabel(jk::texts().msg(jk::Msg::ExportResolution), grid->parentWidget());
+    label->setBuddy(dpi);
+    grid->addWidget(label, row, 0);
+    grid->addWidget(dpi, row, 1, Qt::AlignLeft);
+    return dpi;
 }
 
 }  // namespace
@@ -74,7 +91,10 @@ PreferencesDialog::PreferencesDialog(QWidget* parent) : QDialog(parent)
     buttons->addStretch(1);
     buttons->addWidget(ok_);
     buttons->addWidget(cancel_);
-    grid->addLayout(buttons, 5, 0, 1, 2);
+    // Each printer's calibration, between the folders and the buttons.
+    exportDpi_ = addExportResolution(grid, 5);
+    grid->addWidget(new CalibrationList(this), 6, 0, 1, 2);
+    grid->addLayout(buttons, 7, 0, 1, 2);
 
     // The browse panel, shown in place of the three buttons.
     frame_ = new QFrame(this);
@@ -94,8 +114,8 @@ PreferencesDialog::PreferencesDialog(QWidget* parent) : QDialog(parent)
     panelButtons->addWidget(take);
     panelButtons->addWidget(drop);
     panel->addLayout(panelButtons);
-    grid->addWidget(frame_, 6, 0, 1, 2);
-    grid->setRowStretch(6, 1);
+    grid->addWidget(frame_, 8, 0, 1, 2);
+    grid->setRowStretch(8, 1);
     grid->setColumnStretch(1, 1);
     frame_->hide();
 
@@ -169,6 +189,7 @@ void PreferencesDialog::closePanel()
 
 void PreferencesDialog::writeAndClose()
 {
+    jk::appSetup().settings.exportDpi = exportDpi_->value();
     // A file that cannot be written is not reported: the values stay in memory.
     jk::saveAppSettings();
     Q_EMIT settingsWritten();

@@ -1,14 +1,17 @@
 #pragma once
-// The preferences dialog: the picture editor and the three working folders.
+// The preferences dialog: the picture editor and the three working folders,
+// and each printer's calibration (CalibrationList, Reset only).
 // Values change only through the browse panel (the edit boxes are never read
 // back), straight into the application's settings (jk::appSetup()); OK
 // also stores them in JEWLKIT.INI, Cancel keeps them for this run only.
+// The export resolution is read from its box on OK only.
 #include <QDialog>
 
 class QFrame;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QSpinBox;
 class DriveFolderFileTrio;
 
 class PreferencesDialog : public QDialog {
@@ -38,6 +41,7 @@ private:
     QPushButton *browse_, *ok_, *cancel_;
     QFrame* frame_;
     DriveFolderFileTrio* trio_;
+    QSpinBox* exportDpi_;  // export resolution, stored on OK
     int target_ = 0;
     bool centred_ = false;
 };

@@ -60,9 +60,12 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     connectProjectCommands();
     connectPrintCommands();
     // Export (MainWindow_Export.cpp).
+    connectExportCommands();
     // Scanning (MainWindow_Scan.cpp).
+    connectScanCommands();
     // Companion programs (MainWindow_Companions.cpp).
-    // Printer calibration (MainWindow_Calibration.cpp).
+    connectCompanionCommands();
+    connectCalibrationCommands();
 }
 
 MainWindow::~MainWindow()
@@ -146,6 +149,7 @@ void MainWindow::buildMenus()
     tools->addSeparator();
     QAction* toolsBox = addAction(tools, "Tools", "&Tools box");
     toolsBox->setCheckable(true);
+    addAction(tools, "CALIBRATE", "Calibrate &printer...");
 
     QMenu* wind = addMenu(bar, "Mwind", "&Windows");
     addAction(wind, "WCasc", "&Cascaded");
@@ -323,6 +327,7 @@ void MainWindow::applyTexts()
     action("FMSP")->setText(t.spineCaptions[0]);
     action("PREVIEW")->setText(t.extraCaptions[0]);
     action("ScanSel")->setText(t.extraCaptions[1]);
+    action("CALIBRATE")->setText(t.msg(jk::Msg::CalibrateCommand));
     action("PRINTPREVIEW")->setText(t.msg(jk::Msg::PrintPreviewMenu));
     action("MPPREVIEW")->setText(t.msg(jk::Msg::PrintPreviewPopup));
 

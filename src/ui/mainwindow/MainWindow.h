@@ -62,7 +62,8 @@ public:
     void arrange(int how); // 0 cascade, 1 tile horizontally, 2 tile vertically
     void stepChanged(const QString& text);
     void showHelp(const QString& page);
-    void startCompanion(const QString& program, bool wait);
+    // Starts a companion program without waiting; reports a failure.
+    bool startCompanion(const QString& program, const QStringList& args = {});
 
     // Enables every print command when a printer is installed.
     void updatePrinterAvailability();
@@ -139,12 +140,27 @@ public:
         discStockDialog;
 
     // Export (MainWindow_Export.cpp)
+    // Exportshhet: the save dialog, then the active sheet into image files
+    // (a paper jacket is not exported).
+    void exportCurrentSheet();
+    void connectExportCommands();
 
     // Scanning (MainWindow_Scan.cpp)
+    void selectScanSource();  // ScanSel: the scanner the next scan uses
+    void connectScanCommands();
 
     // Companion programs (MainWindow_Companions.cpp)
+    void connectCompanionCommands();
+    // Capture: minimised while the capture program runs, then the picture
+    // dialog on the picture it saved, for a new picture on the active sheet.
+    void capture();
+    void insertCapturedPicture(const QString& file);
 
     // Printer calibration (MainWindow_Calibration.cpp)
+    void calibratePrinter();  // CALIBRATE: the printer box's printer, else the default one
+    void connectCalibrationCommands();
+    // The calibration dialog (CalibrationDialog::run); tests give their own.
+    std::function<bool(QWidget*, const QString& printer)> calibrationDialog;
 
 protected:
     void closeEvent(QCloseEvent* e) override;

@@ -1,17 +1,15 @@
-// The main window's commands: printers, nudge step, tool bar, windows, help,
-// companion programs and quitting.
+// The main window's commands: printers, nudge step, tool bar, windows, help
+// and quitting.
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/dialogs/PreferencesDialog.h"
 #include "platform/Services.h"
 #include "model/AppContext.h"
-#include "file/Paths.h"
 #include "model/Procedures.h"
 #include "ui/sheet/SheetWindow.h"
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -73,11 +71,6 @@ void MainWindow::connectCommands()
                                     "Covers, booklets, inlays and disc labels for your CDs, "
                                     "printed at real size."));
     });
-
-    // Companion programs.
-    on("Capture", [this] { startCompanion(companionPath("snaptool"), true); });
-    on("PRTFNTCAT", [this] { startCompanion(companionPath("fontsheet"), false); });
-    on("PRTPICCAT", [this] { startCompanion(companionPath("picsheet"), false); });
 
     // Print button: pops up the print menu when a printer is available.
     onButton("SSCommand1", [this] {
@@ -205,38 +198,6 @@ void MainWindow::arrange(int how)
 void MainWindow::showHelp(const QString& page)
 {
     if (auto* h = pf::services().help) h->show(page);
-}
-
-QString MainWindow::companionPath(const QString& baseName)
-{
-    return jk::paths::dataDir() + u'/' + baseName;
-}
-
-void MainWindow::enableCompanions()
-{
-    auto* p = pf::services().programs;
-    if (!p) return;
-    action("PRTPICCAT")->setEnabled(p->exists(companionPath("picsheet")));
-    action("PRTFNTCAT")->setEnabled(p->exists(companionPath("fontsheet")));
-    action("Capture")->setEnabled(p->exists(companionPath("snaptool")));
-}
-
-void MainWindow::startCompanion(const QString& program, bool wait)
-{
-    auto* p = pf::services().programs;
-    if (!p) return;
-    QString error;
-    bool ok;
-    if (wait) {
-        // The capture companion works on the screen, so get out of its way.
-        showMinimized();
-        ok = p->runAndWait(program, {}, &error);
-        showMaximized();
-    } else {
-        ok = p->start(program, {}, &error);
-    }
-    if (!ok)
-        if (auto* m = pf::services().messages) m->show(error, jk::texts().msg(jk::Msg::ProgramTitle), pf::Icon::Critical);
 }
 
 void MainWindow::quit()

@@ -3,6 +3,7 @@
 #include "ui/mainwindow/MainWindow.h"
 #include "file/Settings.h"
 #include "model/AppContext.h"
+#include "output/Calibration.h"
 #include "output/PrintRun.h"
 #include "platform/Services.h"
 #include <QAction>
@@ -48,7 +49,15 @@ void MainWindow::connectPrintCommands()
         });
     };
     discStockDialog = [this](QWidget* parent, const std::vector<jk::print::DiscStock>& stocks, const QString& preselect) {
-        return DiscStockDialog::run(parent, stocks, preselect);
+        // The test outline goes to the printer the run goes to, calibrated
+        // like the label will be.
+        auto testPrint = [this](const jk::print::DiscStock& stock) {
+            QString error;
+            if (!jk::print::printTestOutline(stock, jk::print::PrintTarget{combo1_->currentText()}, jk::texts(), &error))
+                if (auto* m = pf::services().messages)
+                    m->show(error, jk::texts().msg(Msg::ProgramTitle), pf::Icon::Critical);
+        };
+        return DiscStockDialog::run(parent, stocks, preselect, testPrint);
     };
 }
 
