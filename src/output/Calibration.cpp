@@ -180,15 +180,15 @@ bool printTestOutline(const DiscStock& stock, const PrintTarget& target, const T
     const MmPainter m{out.painter(), out.dotsPerMm()};
     out.painter().setRenderHint(QPainter::Antialiasing);
     const double cx = stock.xMm + kDiscCanvasMm / 2, cy = stock.yMm + kDiscCanvasMm / 2;
-    m.circle(cx, cy, kOutlineDiscRadiusMm, 0.2);
-    m.circle(cx, cy, kOutlineHoleRadiusMm, 0.2);
+    m.circle(cx, cy, kDiscRadiusMm, 0.2);
+    m.circle(cx, cy, kDiscHoleRadiusMm, 0.2);
     m.cross(cx, cy, 5);
 
     // The note below the disc, or above it when the disc is low on the page.
     const QString printer = out.printerName().isEmpty() ? QStringLiteral("PDF") : out.printerName();
     const QString note = texts.msg(Msg::TestOutlineNote).arg(stock.name) + u'\n' + printer + QStringLiteral(", ") +
                          describeCalibration(out.calibration(), texts);
-    const double below = cy + kOutlineDiscRadiusMm + 6;
+    const double below = cy + kDiscRadiusMm + 6;
     const double top = below + 20 < paper.height() ? below : out.printableMm().y() + 5;
     m.text(QRectF(15, top, paper.width() - 30, 20), Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, note, 9);
     return out.finish(error);

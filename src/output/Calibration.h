@@ -20,9 +20,6 @@ constexpr double kRulerAcrossXMm = 40, kRulerAcrossYMm = 50;  // the horizontal 
 constexpr double kRulerDownXMm = 20, kRulerDownYMm = 70;      // the vertical ruler's 0; ticks right of it
 constexpr double kCalibrationPaperMm[2] = {200, 250};         // the least paper the page fits on
 
-// The disc label's printed area, as printing masks it.
-constexpr double kOutlineDiscRadiusMm = 59.0, kOutlineHoleRadiusMm = 16.4;
-
 // What the user read off a calibration page, as typed.
 struct Measurement {
     QString crossLeft, crossTop;     // cross A from the paper's left and top edges

@@ -13,8 +13,6 @@ namespace {
 // A stock list is a few kilobytes; a bigger file is not one.
 constexpr qint64 kMaxFileBytes = 1024 * 1024;
 constexpr qsizetype kMaxLineChars = 4096;
-// The disc lies within this radius of the canvas centre.
-constexpr double kDiscRadiusMm = 59.0;
 
 std::optional<double> offsetMm(const QString& item)
 {

@@ -22,6 +22,10 @@ struct DiscStock {
 
 // The disc canvas is this square; the label is centred on it.
 constexpr double kDiscCanvasMm = 120.0;
+// The printed disc: everything outside this radius and inside the centre
+// hole's is left white.
+constexpr double kDiscRadiusMm = 59.0;
+constexpr double kDiscHoleRadiusMm = 16.4;
 // Offsets outside this range cannot be a label on any paper a printer takes:
 // the record is skipped.
 constexpr double kMinStockOffsetMm = -60.0;

@@ -14,8 +14,6 @@ namespace {
 
 constexpr double kMmPerInch = 25.4;
 // The disc label: what is not disc is painted white, as exact shapes.
-constexpr double kHoleRadiusMm = 16.40;
-constexpr double kDiscRadiusMm = 59.00;
 
 double mmToTwips(double mm) { return mm / kMmPerInch * sheet::kTwipsPerInch; }
 
@@ -49,7 +47,7 @@ void paintPlacement(QPainter& p, const Project& project, const Placement& pl, QP
         mask.setFillRule(Qt::OddEvenFill);
         mask.addRect(QRectF(QPointF(0, 0), canvas));
         mask.addEllipse(c, mmToTwips(kDiscRadiusMm), mmToTwips(kDiscRadiusMm));
-        mask.addEllipse(c, mmToTwips(kHoleRadiusMm), mmToTwips(kHoleRadiusMm));
+        mask.addEllipse(c, mmToTwips(kDiscHoleRadiusMm), mmToTwips(kDiscHoleRadiusMm));
         p.setRenderHint(QPainter::Antialiasing);
         p.fillPath(mask, Qt::white);
         p.restore();

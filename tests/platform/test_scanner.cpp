@@ -8,8 +8,24 @@
 #include <QComboBox>
 #include <QEventLoop>
 #include <QLabel>
+#include <QListWidget>
 
 namespace pf = jk::platform;
+
+// Runs the script on the first modal dialog of class D to come up, however
+// late (fixture::whenModal looks once, at once).
+template <class D>
+void whenShown(std::function<void(D*)> script)
+{
+    auto* poll = new QTimer(qApp);
+    QObject::connect(poll, &QTimer::timeout, [poll, script] {
+        if (auto* d = qobject_cast<D*>(QApplication::activeModalWidget())) {
+            poll->deleteLater();
+            script(d);
+        }
+    });
+    poll->start(10);
+}
 
 class TestScanner : public QObject {
     Q_OBJECT
@@ -93,13 +109,16 @@ private Q_SLOTS:
         QTest::addColumn<QRectF>("area");
         QTest::addColumn<QSize>("size");
         QTest::addColumn<QImage::Format>("format");
-        // "rising": a 16-bit ramp; "colour": the same picture as that row's.
+        // "rising": a 16-bit ramp; "black": nothing else; "colour": the same
+        // picture as that row's.
         QTest::addColumn<QString>("expect");
         const QRectF area(10, 10, 50, 40);
         const QSize size(295, 236);  // 50 x 40 mm at 150 dpi
         QTest::newRow("colour") << QByteArray() << "Color" << 150 << area << size << QImage::Format_RGB888 << "";
         QTest::newRow("gray") << QByteArray() << "Gray" << 150 << area << size << QImage::Format_Grayscale8 << "";
         QTest::newRow("line art") << QByteArray() << "Lineart" << 150 << area << size << QImage::Format_Mono << "";
+        QTest::newRow("line art, all black") << QByteArray("test-picture \"Solid black\"\n") << "Lineart" << 150 << area
+                                             << size << QImage::Format_Mono << "black";
         QTest::newRow("gray 16 bits") << QByteArray("depth 16\n") << "Gray" << 150 << area << size
                                       << QImage::Format_Grayscale16 << "rising";
         QTest::newRow("colour 16 bits") << QByteArray("depth 16\n") << "Color" << 150 << area << size
@@ -126,12 +145,12 @@ private Q_SLOTS:
         QTEST(o.image.size(), "size");
         QTEST(o.image.format(), "format");
         QCOMPARE(progress.last().first().toInt(), area.isEmpty() ? -1 : 100);
-        // The colour pattern, not one plain colour.
         QSet<QRgb> colours;
         for (int y = 0; y < o.image.height(); y += 7)
             for (int x = 0; x < o.image.width(); x += 7) colours.insert(o.image.pixel(x, y));
-        QVERIFY(colours.size() >= 2);
-        if (expect == "rising") {
+        if (expect == "black") {
+            QCOMPARE(colours, QSet<QRgb>({qRgb(0, 0, 0)}));
+        } else if (expect == "rising") {
             // At 16 bits the backend draws a ramp from dark to full red
             // (gray): it must rise steadily, whatever the byte order.
             const int w = o.image.width();
@@ -145,6 +164,8 @@ private Q_SLOTS:
             QVERIFY(last > 180);
         } else if (!expect.isEmpty()) {
             QCOMPARE(o.image, colour);
+        } else {
+            QVERIFY(colours.size() >= 2);  // the test pattern, not one plain colour
         }
         if (QTest::currentDataTag() == QLatin1String("colour")) colour = o.image;
     }
@@ -230,6 +251,45 @@ private Q_SLOTS:
         QCOMPARE(call.folder, pictures.filePath("untitled.jpg"));
         QCOMPARE(call.defaultSuffix, "jpg");
         QVERIFY(call.filter.startsWith("Bitmap (*.bmp);;JPEG (*.jpg)"));
+    }
+
+    // The scan dialog on a device another program holds: it says so, and
+    // the other device can be chosen and previewed.
+    void scanDialogPassesOverABusyDevice()
+    {
+        writeConfig("");
+        fixture::Dialog<ScanDialog> t;
+        pf::ScannerSession elsewhere;
+        QVERIFY(open(elsewhere));
+        ScanDialog* d = t.open(*pf::knownScanDevices(), QString("test:0"));
+        QTRY_COMPARE(t.fake->messages.calls.size(), 1);
+        QCOMPARE(t.fake->messages.calls.first().text, jk::texts().msg(jk::Msg::ScannerBusy));
+        QVERIFY(!t.control("scanStart")->isEnabled() && t.control("scanDevice")->isEnabled());
+        QSignalSpy ready(d, &ScanDialog::ready);
+        fixture::child<QComboBox>(d, "scanDevice")->setCurrentIndex(1);
+        QVERIFY(ready.wait(10000));
+        t.click("scanPreview");
+        QTRY_VERIFY(!d->areaView()->preview().isNull());
+        QVERIFY(d->isVisible() && t.control("scanStart")->isEnabled());
+    }
+
+    // Select source: no device is said so; otherwise the choice is kept.
+    void selectSource()
+    {
+        fixture::Gui gui;
+        QVERIFY(fixture::writeFile(config.filePath("dll.conf"), ""));
+        gui.w->action("ScanSel")->trigger();
+        QTRY_COMPARE(gui.fake->messages.calls.size(), 1);
+        QCOMPARE(gui.fake->messages.calls.first().text, jk::texts().msg(jk::Msg::NoScanner));
+        QVERIFY(fixture::writeFile(config.filePath("dll.conf"), "test\n"));
+        whenShown<ScanSourceDialog>([](ScanSourceDialog* d) {
+            QCOMPARE(d->list()->item(1)->text(), "Noname frontend-tester (test:1)");
+            d->list()->setCurrentRow(1);
+            d->accept();
+        });
+        gui.w->action("ScanSel")->trigger();
+        QTRY_COMPARE(jk::app().settings.scannerSource, "test:1");
+        QVERIFY(gui.w->action("ScanSel")->isEnabled());
     }
 };
 

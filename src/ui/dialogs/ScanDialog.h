@@ -27,6 +27,7 @@ public:
     void setWholeArea(const QRectF& mm);
     void setPreview(const QImage& image);  // covering the whole area
     QRectF wholeArea() const { return whole_; }
+    const QImage& preview() const { return preview_; }
     // What to scan; the whole area until the user drags.
     QRectF selection() const { return selection_.isEmpty() ? whole_ : selection_; }
     void setSelection(const QRectF& mm);
