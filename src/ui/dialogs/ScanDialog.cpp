@@ -342,6 +342,7 @@ void ScanDialog::scanned(const QImage& image)
 void ScanDialog::failed(pf::ScanFault fault, const QString& detail)
 {
     setBusy(false);
+    complain(faultText(fault, detail));
 }
 
 void ScanDialog::cancelOrClose()
