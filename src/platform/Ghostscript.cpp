@@ -57,7 +57,9 @@ GhostscriptResult convertPdfToEps(const QList<EpsConversion>& jobs, int pictureD
     clock.start();
     for (std::size_t i = 0; i < running.size() && result.status == GhostscriptResult::Done; ++i) {
         QProcess& p = *running[i];
-        if (!p.waitForStarted(std::max(1000, timeLimitMs))) {
+        // A quick one may have ended already, while another was waited for.
+        if (p.state() == QProcess::Starting) p.waitForStarted(std::max(1000, timeLimitMs));
+        if (p.error() == QProcess::FailedToStart) {
             result = {GhostscriptResult::Failed, p.errorString()};
             break;
         }
