@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QColorDialog>
 #include <QFileDialog>
+#include <QRegularExpression>
 #include <QFontDialog>
 #include <QInputDialog>
 #include <QMessageBox>
@@ -103,6 +104,14 @@ public:
         QString suffix = defaultSuffix;
         if (suffix.startsWith(u'.')) suffix.remove(0, 1);
         dlg.setDefaultSuffix(suffix);
+        // A name typed without an extension takes the chosen filter's.
+        QObject::connect(&dlg, &QFileDialog::filterSelected, &dlg, [&dlg, &suffix](const QString& chosen) {
+            static const QRegularExpression firstPattern(QStringLiteral("\\*\\.(\\w+)"));
+            const QRegularExpressionMatch m = firstPattern.match(chosen);
+            if (!m.hasMatch()) return;
+            suffix = m.captured(1);
+            dlg.setDefaultSuffix(suffix);
+        });
         if (dlg.exec() != QDialog::Accepted) return {};
         return withDefaultSuffix(dlg.selectedFiles().value(0), suffix);
     }
