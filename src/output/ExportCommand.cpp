@@ -1,8 +1,8 @@
 #include "output/ExportCommand.h"
+#include "output/CommandProject.h"
 #include "output/Export.h"
 #include "file/MessageFile.h"
 #include "file/Paths.h"
-#include "file/ProjectFile.h"
 #include "file/Settings.h"
 #include "model/AppContext.h"
 #include "model/Formats.h"
@@ -78,26 +78,18 @@ int runExportCommand(const ExportCommand& c, QTextStream& err)
     // The reader's message titles come from the message file, as in the GUI.
     appSetup().texts = loadMessageFile(paths::messageFile());
     Project project;
-    ProjectData data = project.data();
-    int reported = 0;
-    const ProjectReadResult r = readProject(c.project, data, [&](const QString& description, const QString& title) {
-        ++reported;
-        err << "jewlkit: " << c.project << ": ";
-        if (!title.isEmpty()) err << title << ": ";
-        err << description << Qt::endl;
-    });
-    if (!r.opened) return reported ? 1 : fail(err, QStringLiteral("cannot open ") + c.project);
-    const int sheets = r.chosenSheets.value_or(0);
+    const CommandProjectRead r = readCommandProject(c.project, project, err);
+    if (!r.opened) return r.problems ? 1 : fail(err, QStringLiteral("cannot open ") + c.project);
+    const int sheets = r.sheets;
     if (oneSheet && !(sheets & code))
         return fail(err, QStringLiteral("%1 has no sheet %2 (its sheets: %3)").arg(c.project).arg(code).arg(sheetCodes(sheets)));
     if (!oneSheet && !QDir().mkpath(c.dir)) return fail(err, QStringLiteral("cannot create the folder ") + c.dir);
-    project.load(std::move(data));
 
     const std::vector<Page> pages = oneSheet ? sheetPages(project, code, c.out)
                                              : everySheet(project, sheets, QDir(c.dir), *format);
     const Result written = writePages(project, pages, *format, dpi, texts());
     if (!written.ok) return fail(err, written.error);
-    return reported == 0 && r.errors == 0 ? 0 : 1;
+    return r.problems == 0 ? 0 : 1;
 }
 
 }  // namespace jk::exporting

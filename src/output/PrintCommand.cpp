@@ -1,10 +1,10 @@
 #include "output/PrintCommand.h"
+#include "output/CommandProject.h"
 #include "output/Calibration.h"
 #include "output/PrintRun.h"
 #include "file/Settings.h"
 #include "file/MessageFile.h"
 #include "file/Paths.h"
-#include "file/ProjectFile.h"
 #include "model/AppContext.h"
 #include "model/Formats.h"
 #include "model/Project.h"
@@ -118,17 +118,9 @@ int runPrintCommand(const PrintCommand& c, QTextStream& err)
 
     // The project, read whole before anything is printed.
     Project project;
-    ProjectData data = project.data();
-    int reported = 0;
-    const ProjectReadResult r = readProject(c.project, data, [&](const QString& description, const QString& title) {
-        ++reported;
-        err << "jewlkit: " << c.project << ": ";
-        if (!title.isEmpty()) err << title << ": ";
-        err << description << Qt::endl;
-    });
-    if (!r.opened || r.errors > 0 || reported > 0) return fail(QStringLiteral("cannot read the project %1").arg(c.project));
-    const int sheets = r.chosenSheets.value_or(0);
-    project.load(std::move(data));
+    const CommandProjectRead r = readCommandProject(c.project, project, err);
+    if (!r.opened || r.problems > 0) return fail(QStringLiteral("cannot read the project %1").arg(c.project));
+    const int sheets = r.sheets;
     project.setSheetComposition(sheets);
     project.setPrintWeights(weightsOf(sheets));
     if (sheets == 0) return fail(QStringLiteral("%1 has no sheets to print").arg(c.project));
